@@ -1,0 +1,62 @@
+#pragma once
+// Compact storage of the points of one line string (LSG): every point's
+// attributes as name/value texts in one byte arena, with an offset per point.
+// A line string of a million points thus costs about its text size, not a
+// million tree nodes.
+
+#include <QByteArray>
+#include <QString>
+#include <QXmlStreamAttributes>
+
+#include <vector>
+
+namespace TC::Task_data::detail {
+
+class PointBlock {
+public:
+    int count() const { return static_cast<int>(starts_.size()); }
+
+    // Appends a point with the given attributes, in their order.
+    void append(QXmlStreamAttributes const& attributes);
+    // Appends a point without attributes and returns its index.
+    int append_empty();
+    // Takes the last point out and returns its attributes.
+    std::vector<std::pair<QByteArray, QString>> take_last();
+
+    // Stores one attribute of point `index`; a new name goes in schema order.
+    void set(int index, QByteArray const& name, QString const& value);
+    QString get(int index, QByteArray const& name) const;
+
+    // Calls f(name, value) for each attribute of point `index`, in order.
+    template <class F> void for_each(int index, F&& f) const;
+
+private:
+    using Entries = std::vector<std::pair<QByteArray, QByteArray>>;
+    Entries decode(int index) const;
+    qsizetype record_size(int index) const;
+    void replace(int index, Entries const& entries);
+    void encode_into(QByteArray& out, Entries const& entries) const;
+    void compact();
+
+    // Per point: (name '\0' value '\0')* '\0', names ASCII, values UTF-8.
+    QByteArray arena_;
+    std::vector<quint32> starts_;
+    qsizetype garbage_ = 0;
+};
+
+template <class F> void PointBlock::for_each(int index, F&& f) const {
+    char const* p = arena_.constData() + starts_[static_cast<size_t>(index)];
+    while (*p != '\0') {
+        char const* name = p;
+        while (*p != '\0')
+            ++p;
+        int const name_size = static_cast<int>(p - name);
+        char const* value = ++p;
+        while (*p != '\0')
+            ++p;
+        f(QLatin1String(name, name_size), QString::fromUtf8(value, static_cast<int>(p - value)));
+        ++p;
+    }
+}
+
+} // namespace TC::Task_data::detail

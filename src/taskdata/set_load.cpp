@@ -1,0 +1,266 @@
+#include "taskdata/set_files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+namespace TC::Task_data::detail {
+
+namespace {
+
+// ISO 11783-10 nests six levels at most; anything far deeper is hostile.
+constexpr int max_depth = 64;
+
+QString const taskdata_root = QStringLiteral("ISO11783_TaskData");
+QString const external_root = QStringLiteral("XFC");
+QString const link_list_root = QStringLiteral("ISO11783LinkList");
+
+enum class Document { task_data, external_file, link_list };
+
+void copy_attributes(Node& node, QXmlStreamAttributes const& attributes) {
+    node.attrs.reserve(static_cast<size_t>(attributes.size()));
+    for (QXmlStreamAttribute const& attribute : attributes)
+        node.attrs.push_back(Attr{intern(attribute.qualifiedName().toUtf8()),
+                                  attribute.value().toString(), true, true});
+}
+
+class Reader {
+public:
+    Reader(Tree& tree, QString dir) : tree_(tree), dir_(std::move(dir)) {}
+
+    // Reads the document at `path` below `into`: its root's attributes onto
+    // `into` (not for external files), its root's children as children.
+    bool read(QString const& path, Document kind, Node* into, QString& error);
+
+private:
+    struct Frame {
+        Node* node;
+        bool compact_point; // a PNT stored in its line string's point block
+    };
+
+    bool start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Document kind,
+                       QString& error);
+    void expand_compact_point(std::vector<Frame>& stack);
+    bool read_external(QString const& name, QString& error);
+    static QString located(QXmlStreamReader const& xml, QString const& path, QString const& what);
+
+    Tree& tree_;
+    QString dir_;
+};
+
+QString Reader::located(QXmlStreamReader const& xml, QString const& path, QString const& what) {
+    return QStringLiteral("%1:%2:%3: %4")
+        .arg(path)
+        .arg(xml.lineNumber())
+        .arg(xml.columnNumber())
+        .arg(what);
+}
+
+bool Reader::read(QString const& path, Document kind, Node* into, QString& error) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    QXmlStreamReader xml(&file);
+    // Namespace declarations stay plain attributes, and so are kept.
+    xml.setNamespaceProcessing(false);
+    QString const& expected = kind == Document::task_data       ? taskdata_root
+                              : kind == Document::external_file ? external_root
+                                                                : link_list_root;
+    std::vector<Frame> stack;
+    bool seen_root = false;
+    while (!xml.atEnd()) {
+        switch (xml.readNext()) {
+        case QXmlStreamReader::StartElement:
+            if (stack.empty()) {
+                if (seen_root || xml.qualifiedName() != expected) {
+                    error = located(xml, path,
+                                    QStringLiteral("not an ISO 11783 %1 file: root element <%2>")
+                                        .arg(expected, xml.qualifiedName().toString()));
+                    return false;
+                }
+                seen_root = true;
+                if (kind != Document::external_file)
+                    copy_attributes(*into, xml.attributes());
+                stack.push_back({into, false});
+            } else if (!start_element(xml, stack, kind, error)) {
+                if (error.isEmpty())
+                    error = located(xml, path, QStringLiteral("elements nested too deeply"));
+                return false;
+            }
+            break;
+        case QXmlStreamReader::EndElement:
+            stack.pop_back();
+            break;
+        default:
+            break;
+        }
+    }
+    if (xml.hasError()) {
+        error = located(xml, path, xml.errorString());
+        return false;
+    }
+    if (!seen_root) {
+        error = QStringLiteral("%1: no root element").arg(path);
+        return false;
+    }
+    return true;
+}
+
+bool Reader::start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Document kind,
+                           QString& error) {
+    if (stack.back().compact_point)
+        expand_compact_point(stack);
+    if (static_cast<int>(stack.size()) >= max_depth)
+        return false;
+    Node* parent = stack.back().node;
+    QStringRef const name = xml.qualifiedName();
+
+    if (parent->points && name == QLatin1String("PNT")) {
+        parent->points->append(xml.attributes());
+        int number = 0;
+        if (parse_id("PNT", xml.attributes().value(QLatin1String("G")).toString(), number))
+            tree_.uids["PNT"].mark(number);
+        stack.push_back({parent, true});
+        return true;
+    }
+    if (kind == Document::task_data && parent == tree_.root.get() && name == QLatin1String("XFR")) {
+        if (!read_external(xml.attributes().value(QLatin1String("A")).toString(), error))
+            return false;
+        xml.skipCurrentElement();
+        return true;
+    }
+
+    auto node = tree_.make_node(name.toUtf8(), parent);
+    copy_attributes(*node, xml.attributes());
+    if (parent->points)
+        node->point_anchor = parent->points->count();
+    Node* raw = node.get();
+    if (kind == Document::link_list)
+        parent->children.push_back(std::move(node));
+    else {
+        tree_.append_child(parent, std::move(node));
+        tree_.register_id(raw);
+    }
+    stack.push_back({raw, false});
+    return true;
+}
+
+// A PNT inside a line string that turns out to have children of its own is
+// taken out of the point block and kept as a full node, so nothing is lost.
+void Reader::expand_compact_point(std::vector<Frame>& stack) {
+    Node* line = stack.back().node;
+    auto node = tree_.make_node("PNT", line);
+    for (auto& attribute : line->points->take_last())
+        node->attrs.push_back(Attr{intern(attribute.first), attribute.second, true, true});
+    node->point_anchor = line->points->count();
+    Node* raw = node.get();
+    tree_.append_child(line, std::move(node));
+    tree_.register_id(raw);
+    stack.back() = {raw, false};
+}
+
+// An XFR names a file beside TASKDATA.XML whose XFC root holds more elements
+// of the root; they are read in the XFR's place. The name must be an ISO
+// 11783-10 external file name, so no path can reach outside the set.
+bool Reader::read_external(QString const& name, QString& error) {
+    static QRegularExpression const valid_name(QStringLiteral("^[A-Z]{3}[0-9]{5}$"));
+    if (!valid_name.match(name).hasMatch()) {
+        error = QStringLiteral("invalid external file name \"%1\" in XFR").arg(name);
+        return false;
+    }
+    QString file_name = name + QStringLiteral(".XML");
+    if (!QFileInfo::exists(QStringLiteral("%1/%2").arg(dir_, file_name)))
+        file_name = name + QStringLiteral(".xml");
+    QString const path = QStringLiteral("%1/%2").arg(dir_, file_name);
+    if (!QFileInfo(path).isFile()) {
+        error =
+            QStringLiteral("external file %1.XML named by XFR is missing in %2").arg(name, dir_);
+        return false;
+    }
+    if (tree_.consumed_files.contains(file_name)) {
+        error = QStringLiteral("external file %1 is named twice").arg(file_name);
+        return false;
+    }
+    tree_.consumed_files.append(file_name);
+    return read(path, Document::external_file, tree_.root.get(), error);
+}
+
+// A file of only white space counts as empty, as a new set has them.
+bool blank_file(QString const& path, bool& blank, QString& error) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    blank = file.readAll().trimmed().isEmpty();
+    return true;
+}
+
+// Gives each element named in a link group of type 1 (UUIDs) its identity.
+// Links that name no element, or hold no UUID, stay as they were read.
+void resolve_links(Tree& tree) {
+    for (auto const& group : tree.link_list->children) {
+        if (group->tag != "LGP" || group->value("B") != QLatin1String("1"))
+            continue;
+        for (auto const& link : group->children) {
+            if (link->tag != "LNK")
+                continue;
+            Node* element = tree.by_id.value(link->value("A"));
+            QString const text = link->value("B");
+            QUuid const uuid(text);
+            if (!element || element->link || uuid.isNull())
+                continue;
+            element->guid = uuid;
+            element->guid_text = text;
+            element->link = link.get();
+            link->resolved_link = true;
+            link->linked_element = element->shared_from_this();
+        }
+    }
+}
+
+} // namespace
+
+bool load_set(Tree& tree, QString const& taskdata_path, QString& error) {
+    QFileInfo const info(taskdata_path);
+    QString const dir = info.absolutePath();
+    tree.reset();
+    tree.loaded_dir = dir;
+    tree.consumed_files.append(info.fileName());
+
+    Reader reader(tree, dir);
+    if (!reader.read(taskdata_path, Document::task_data, tree.root.get(), error))
+        return false;
+
+    QString const link_path = QStringLiteral("%1/LINKLIST.XML").arg(dir);
+    tree.consumed_files.append(QStringLiteral("LINKLIST.XML"));
+    if (QFileInfo::exists(link_path)) {
+        bool blank = false;
+        if (!blank_file(link_path, blank, error))
+            return false;
+        if (!blank) {
+            tree.link_list = tree.make_node("ISO11783LinkList", nullptr);
+            if (!reader.read(link_path, Document::link_list, tree.link_list.get(), error))
+                return false;
+            resolve_links(tree);
+        }
+    }
+
+    QString const guid_path = QStringLiteral("%1/GUIDLIST.XML").arg(dir);
+    tree.consumed_files.append(QStringLiteral("GUIDLIST.XML"));
+    if (QFileInfo::exists(guid_path)) {
+        QFile file(guid_path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            error = QStringLiteral("cannot read %1: %2").arg(guid_path, file.errorString());
+            return false;
+        }
+        tree.guid_list = file.readAll();
+    }
+    return true;
+}
+
+} // namespace TC::Task_data::detail

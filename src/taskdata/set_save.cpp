@@ -1,0 +1,473 @@
+#include "taskdata/set_files.h"
+#include "taskdata/value_text.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QXmlStreamWriter>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace TC::Task_data::detail {
+
+namespace {
+
+QString const manufacturer = QStringLiteral("taskdata-migrate");
+QString const software_version = QStringLiteral("1.0");
+
+using Attrs = std::vector<Attr>;
+
+// Adds `name` with `value` unless the element already holds a value for it.
+void add_default(Attrs& attrs, QByteArray const& name, QString const& value) {
+    for (Attr& attr : attrs)
+        if (attr.name == name) {
+            if (!attr.has_value) {
+                attr.value = value;
+                attr.has_value = true;
+            }
+            return;
+        }
+    Node scratch;
+    scratch.attrs = std::move(attrs);
+    Attr& added = scratch.attr_record(name);
+    added.value = value;
+    added.has_value = true;
+    attrs = std::move(scratch.attrs);
+}
+
+// The attributes of `node` as written: required ISO 11783-10 attributes that
+// nothing set get a neutral value, so that readers and the schema accept the
+// element.
+Attrs written_attributes(Node const& node) {
+    Attrs attrs = node.attrs;
+    QByteArray const& tag = node.tag;
+    if (tag == "ISO11783_TaskData") {
+        add_default(attrs, "VersionMajor", QStringLiteral("4"));
+        add_default(attrs, "VersionMinor", QStringLiteral("3"));
+        add_default(attrs, "ManagementSoftwareManufacturer", manufacturer);
+        add_default(attrs, "ManagementSoftwareVersion", software_version);
+        add_default(attrs, "DataTransferOrigin", QStringLiteral("1"));
+    } else if (tag == "CTR" || tag == "FRM" || tag == "PDT" || tag == "PGP") {
+        add_default(attrs, "B", QString());
+    } else if (tag == "PFD") {
+        add_default(attrs, "C", QString());
+        add_default(attrs, "D", QStringLiteral("0"));
+    } else if (tag == "PRN") {
+        add_default(attrs, "B", QStringLiteral("0"));
+    } else if (tag == "GPN") {
+        add_default(attrs, "C", QStringLiteral("1"));
+    } else if (tag == "PLN") {
+        add_default(attrs, "A", QStringLiteral("8")); // other
+    } else if (tag == "LSG") {
+        // Guidance pattern or polygon exterior, by where the line stands.
+        bool const guidance = node.parent && node.parent->tag == "GPN";
+        add_default(attrs, "A", guidance ? QStringLiteral("5") : QStringLiteral("1"));
+    } else if (tag == "PNT") {
+        add_default(attrs, "A", QStringLiteral("2"));
+        add_default(attrs, "C", QStringLiteral("0"));
+        add_default(attrs, "D", QStringLiteral("0"));
+    } else if (tag == "BSN") {
+        add_default(attrs, "B", QString());
+        add_default(attrs, "C", QStringLiteral("0"));
+        add_default(attrs, "D", QStringLiteral("0"));
+        add_default(attrs, "E", QStringLiteral("0"));
+    }
+    return attrs;
+}
+
+// Attribute names as QString without an allocation for the common letters.
+QString attribute_name(QLatin1String name) {
+    static QString const letters[26] = {
+        QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D"),
+        QStringLiteral("E"), QStringLiteral("F"), QStringLiteral("G"), QStringLiteral("H"),
+        QStringLiteral("I"), QStringLiteral("J"), QStringLiteral("K"), QStringLiteral("L"),
+        QStringLiteral("M"), QStringLiteral("N"), QStringLiteral("O"), QStringLiteral("P"),
+        QStringLiteral("Q"), QStringLiteral("R"), QStringLiteral("S"), QStringLiteral("T"),
+        QStringLiteral("U"), QStringLiteral("V"), QStringLiteral("W"), QStringLiteral("X"),
+        QStringLiteral("Y"), QStringLiteral("Z")};
+    if (name.size() == 1 && name.at(0) >= QLatin1Char('A') && name.at(0) <= QLatin1Char('Z'))
+        return letters[name.at(0).unicode() - 'A'];
+    return QString(name);
+}
+
+void write_attributes(QXmlStreamWriter& xml, Attrs const& attrs) {
+    for (Attr const& attr : attrs)
+        if (attr.has_value && attr.included)
+            xml.writeAttribute(QString::fromUtf8(attr.name), xml_safe(attr.value));
+}
+
+void write_point(QXmlStreamWriter& xml, PointBlock const& points, int index) {
+    xml.writeStartElement(QStringLiteral("PNT"));
+    bool type = false, north = false, east = false;
+    points.for_each(index, [&](QLatin1String name, QString const& value) {
+        type = type || name == QLatin1String("A");
+        north = north || name == QLatin1String("C");
+        east = east || name == QLatin1String("D");
+        xml.writeAttribute(attribute_name(name), xml_safe(value));
+    });
+    if (!type)
+        xml.writeAttribute(QStringLiteral("A"), QStringLiteral("2"));
+    if (!north)
+        xml.writeAttribute(QStringLiteral("C"), QStringLiteral("0"));
+    if (!east)
+        xml.writeAttribute(QStringLiteral("D"), QStringLiteral("0"));
+    xml.writeEndElement();
+}
+
+void write_element(QXmlStreamWriter& xml, Node const& node) {
+    xml.writeStartElement(QString::fromUtf8(node.tag));
+    write_attributes(xml, written_attributes(node));
+    if (node.points) {
+        // Children that stood among the points when loaded go back there.
+        auto child = node.children.begin();
+        for (int i = 0; i < node.points->count(); ++i) {
+            for (; child != node.children.end() && (*child)->point_anchor <= i; ++child)
+                write_element(xml, **child);
+            write_point(xml, *node.points, i);
+        }
+        for (; child != node.children.end(); ++child)
+            write_element(xml, **child);
+    } else {
+        for (auto const& child : node.children)
+            write_element(xml, *child);
+    }
+    xml.writeEndElement();
+}
+
+// Elements with an identity, in document order.
+void collect_identified(Node* node, std::vector<Node*>& out) {
+    if (!node->guid.isNull())
+        out.push_back(node);
+    for (auto const& child : node->children)
+        collect_identified(child.get(), out);
+}
+
+// An element with an identity needs an ID for its link to name it; one that
+// has none gets a free number of its tag.
+void give_ids(Tree& tree, std::vector<Node*> const& identified) {
+    for (Node* node : identified) {
+        QByteArray const attribute = id_attribute(node->tag);
+        if (!attribute.isEmpty() && node->value(attribute).isEmpty())
+            node->set_value(attribute, format_id(node->tag, tree.uids[node->tag].free_number()));
+    }
+}
+
+QString link_value(Node const& element) {
+    return element.guid_text.isEmpty() ? element.guid.toString(QUuid::WithoutBraces)
+                                       : element.guid_text;
+}
+
+void write_link(QXmlStreamWriter& xml, Node const& element, Attrs attrs) {
+    QString const id = element.value(id_attribute(element.tag));
+    add_default(attrs, "A", id);
+    add_default(attrs, "B", link_value(element));
+    for (Attr& attr : attrs) {
+        if (attr.name == "A")
+            attr.value = id;
+        else if (attr.name == "B")
+            attr.value = link_value(element);
+    }
+    xml.writeStartElement(QStringLiteral("LNK"));
+    write_attributes(xml, attrs);
+    xml.writeEndElement();
+}
+
+bool uuid_group(Node const& node) {
+    return node.tag == "LGP" && node.value("B") == QLatin1String("1");
+}
+
+// The link list: every link of the loaded one that still names an element
+// with its identity, the others as they were, and a link for each element
+// that got its identity in this run, in the first group of type 1.
+class LinkListWriter {
+public:
+    LinkListWriter(Tree const& tree, std::vector<Node*> const& identified) : tree_(tree) {
+        for (Node* node : identified)
+            if (node->attached() && !node->value(id_attribute(node->tag)).isEmpty() && !node->link)
+                new_links_.push_back(node);
+    }
+
+    bool empty() const { return new_links_.empty() && !tree_.link_list; }
+
+    void write(QXmlStreamWriter& xml, Node const& task_root) {
+        xml.writeStartDocument();
+        xml.writeStartElement(QStringLiteral("ISO11783LinkList"));
+        if (tree_.link_list) {
+            write_attributes(xml, tree_.link_list->attrs);
+        } else {
+            QString const major = task_root.value("VersionMajor");
+            QString const minor = task_root.value("VersionMinor");
+            bool const v4 = major == QLatin1String("4") || major.isEmpty();
+            Attrs attrs = written_attributes(task_root);
+            Attrs link_attrs;
+            add_default(link_attrs, "VersionMajor", QStringLiteral("4"));
+            add_default(link_attrs, "VersionMinor",
+                        v4 && !minor.isEmpty() ? minor : QStringLiteral("3"));
+            for (Attr const& attr : attrs)
+                if (attr.name == "ManagementSoftwareManufacturer" ||
+                    attr.name == "ManagementSoftwareVersion" || attr.name == "DataTransferOrigin")
+                    add_default(link_attrs, attr.name, attr.value);
+            write_attributes(xml, link_attrs);
+        }
+        bool new_links_written = false;
+        int groups = 0;
+        if (tree_.link_list)
+            for (auto const& child : tree_.link_list->children) {
+                bool const takes_new = uuid_group(*child) && !new_links_written;
+                if (child->tag == "LGP")
+                    ++groups;
+                if (uuid_group(*child))
+                    new_links_written = new_links_written || takes_new;
+                write_group(xml, *child, takes_new);
+            }
+        if (!new_links_written && !new_links_.empty()) {
+            xml.writeStartElement(QStringLiteral("LGP"));
+            xml.writeAttribute(QStringLiteral("A"), QStringLiteral("LGP%1").arg(groups + 1));
+            xml.writeAttribute(QStringLiteral("B"), QStringLiteral("1"));
+            for (Node* node : new_links_)
+                write_link(xml, *node, {});
+            xml.writeEndElement();
+        }
+        xml.writeEndElement();
+        xml.writeEndDocument();
+    }
+
+private:
+    // A link that named an element is written while the element stands in
+    // the tree with an identity, with the element's current ID and identity.
+    static Node const* live_element(Node const& link) {
+        auto element = link.linked_element.lock();
+        if (!element)
+            return nullptr;
+        if (!element->attached() || element->guid.isNull() || element->link != &link)
+            return nullptr;
+        return element.get();
+    }
+
+    void write_group(QXmlStreamWriter& xml, Node const& group, bool takes_new) {
+        if (!uuid_group(group)) {
+            write_element(xml, group);
+            return;
+        }
+        std::vector<Node const*> links;
+        for (auto const& link : group.children)
+            if (!link->resolved_link || live_element(*link))
+                links.push_back(link.get());
+        bool const had_children = !group.children.empty();
+        if (had_children && links.empty() && (!takes_new || new_links_.empty()))
+            return; // every element it named is gone
+        xml.writeStartElement(QString::fromUtf8(group.tag));
+        write_attributes(xml, group.attrs);
+        for (Node const* link : links) {
+            if (Node const* element = live_element(*link))
+                write_link(xml, *element, link->attrs);
+            else
+                write_element(xml, *link);
+        }
+        if (takes_new)
+            for (Node* node : new_links_)
+                write_link(xml, *node, {});
+        xml.writeEndElement();
+    }
+
+    Tree const& tree_;
+    std::vector<Node*> new_links_;
+};
+
+// Files written beside their targets under a temporary name, renamed into
+// place together once all are complete; removed again if that never comes.
+class StagedFiles {
+public:
+    ~StagedFiles() {
+        for (auto const& file : files_)
+            QFile::remove(file.temporary);
+    }
+
+    // A fresh temporary path for `target`, or empty with `error` set.
+    QString stage(QString const& target, QString& error) {
+        QFileInfo const info(target);
+        QString const temporary = QStringLiteral("%1/.%2.%3.tmp")
+                                      .arg(info.absolutePath(), info.fileName())
+                                      .arg(QCoreApplication::applicationPid());
+        if (QFileInfo::exists(temporary) && !QFile::remove(temporary)) {
+            error = QStringLiteral("cannot remove stale %1").arg(temporary);
+            return QString();
+        }
+        files_.push_back({temporary, target});
+        return temporary;
+    }
+
+    bool commit(QString& error) {
+        for (auto const& file : files_) {
+            if (!sync_file(file.temporary, error))
+                return false;
+        }
+        for (auto const& file : files_) {
+            if (std::rename(QFile::encodeName(file.temporary).constData(),
+                            QFile::encodeName(file.target).constData()) != 0) {
+                error = QStringLiteral("cannot rename %1 to %2: %3")
+                            .arg(file.temporary, file.target, qt_error_string(errno));
+                return false;
+            }
+        }
+        QString const dir = files_.empty() ? QString() : QFileInfo(files_[0].target).absolutePath();
+        files_.clear();
+        sync_directory(dir);
+        return true;
+    }
+
+private:
+    static bool sync_file(QString const& path, QString& error) {
+        int const fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+        bool const ok = fd >= 0 && ::fsync(fd) == 0;
+        if (!ok)
+            error = QStringLiteral("cannot write %1: %2").arg(path, qt_error_string(errno));
+        if (fd >= 0)
+            ::close(fd);
+        return ok;
+    }
+
+    static void sync_directory(QString const& dir) {
+        int const fd = ::open(QFile::encodeName(dir).constData(), O_RDONLY | O_DIRECTORY);
+        if (fd >= 0) {
+            ::fsync(fd);
+            ::close(fd);
+        }
+    }
+
+    struct File {
+        QString temporary;
+        QString target;
+    };
+    std::vector<File> files_;
+};
+
+// Writes one XML file through `body`; false with a message when any write or
+// the final flush failed (a full disk shows up here).
+template <class Body> bool write_xml_file(QString const& path, Body&& body, QString& error) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        error = QStringLiteral("cannot create %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    QXmlStreamWriter xml(&file);
+    xml.setAutoFormatting(true);
+    xml.setAutoFormattingIndent(-1);
+    body(xml);
+    if (xml.hasError() || !file.flush() || file.error() != QFileDevice::NoError) {
+        error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    file.close();
+    return true;
+}
+
+bool write_bytes(QString const& path, QByteArray const& bytes, QString& error) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly) ||
+        file.write(bytes) != bytes.size() || !file.flush()) {
+        error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    return true;
+}
+
+bool needs_link_list_reference(Node const& root) {
+    for (auto const& child : root.children)
+        if (child->tag == "AFE" && child->value("A") == QLatin1String("LINKLIST.XML"))
+            return false;
+    return true;
+}
+
+void write_task_data(QXmlStreamWriter& xml, Node const& root, bool reference_link_list) {
+    xml.writeStartDocument();
+    xml.writeStartElement(QString::fromUtf8(root.tag));
+    write_attributes(xml, written_attributes(root));
+    if (reference_link_list) {
+        xml.writeStartElement(QStringLiteral("AFE"));
+        xml.writeAttribute(QStringLiteral("A"), QStringLiteral("LINKLIST.XML"));
+        xml.writeAttribute(QStringLiteral("B"), QStringLiteral("1"));
+        xml.writeAttribute(QStringLiteral("C"), QString());
+        xml.writeAttribute(QStringLiteral("D"), QStringLiteral("1"));
+        xml.writeEndElement();
+    }
+    for (auto const& child : root.children)
+        write_element(xml, *child);
+    xml.writeEndElement();
+    xml.writeEndDocument();
+}
+
+bool same_directory(QString const& a, QString const& b) {
+    QString const canonical_a = QFileInfo(a).canonicalFilePath();
+    return !canonical_a.isEmpty() && canonical_a == QFileInfo(b).canonicalFilePath();
+}
+
+// The files of the loaded set that the save does not write itself: attached
+// files and binary data files.
+QStringList attached_files(Tree const& tree) {
+    static QStringList const own = {QStringLiteral("TASKDATA.XML"), QStringLiteral("TASKDATA.xml"),
+                                    QStringLiteral("LINKLIST.XML"), QStringLiteral("GUIDLIST.XML")};
+    QStringList files;
+    if (tree.loaded_dir.isEmpty())
+        return files;
+    for (QString const& name : QDir(tree.loaded_dir).entryList(QDir::Files, QDir::Name))
+        if (!own.contains(name) && !tree.consumed_files.contains(name))
+            files.append(name);
+    return files;
+}
+
+} // namespace
+
+bool save_set(Tree& tree, QString const& taskdata_path, QString& error) {
+    QString const dir = QFileInfo(taskdata_path).absolutePath();
+    std::vector<Node*> identified;
+    collect_identified(tree.root.get(), identified);
+    give_ids(tree, identified);
+    LinkListWriter links(tree, identified);
+    bool const link_list = !links.empty();
+
+    StagedFiles staged;
+    QString path = staged.stage(taskdata_path, error);
+    if (path.isEmpty() ||
+        !write_xml_file(
+            path,
+            [&](QXmlStreamWriter& xml) {
+                write_task_data(xml, *tree.root,
+                                link_list && needs_link_list_reference(*tree.root));
+            },
+            error))
+        return false;
+
+    path = staged.stage(QStringLiteral("%1/LINKLIST.XML").arg(dir), error);
+    if (path.isEmpty())
+        return false;
+    if (link_list ? !write_xml_file(
+                        path, [&](QXmlStreamWriter& xml) { links.write(xml, *tree.root); }, error)
+                  : !write_bytes(path, QByteArray(), error))
+        return false;
+
+    path = staged.stage(QStringLiteral("%1/GUIDLIST.XML").arg(dir), error);
+    if (path.isEmpty() || !write_bytes(path, tree.guid_list, error))
+        return false;
+
+    if (!same_directory(tree.loaded_dir, dir)) {
+        for (QString const& name : attached_files(tree)) {
+            QString const source = QStringLiteral("%1/%2").arg(tree.loaded_dir, name);
+            path = staged.stage(QStringLiteral("%1/%2").arg(dir, name), error);
+            if (path.isEmpty())
+                return false;
+            QFile file(source);
+            if (!file.copy(path)) {
+                error = QStringLiteral("cannot copy %1 to %2: %3")
+                            .arg(source, path, file.errorString());
+                return false;
+            }
+        }
+    }
+    return staged.commit(error);
+}
+
+} // namespace TC::Task_data::detail

@@ -1,0 +1,23 @@
+#pragma once
+// The text forms of attribute values as ISO 11783-10 writes them, one
+// function per kind, and the guard that keeps written text well-formed.
+
+#include <QString>
+
+namespace TC::Task_data::detail {
+
+// Degrees (PNT C/D, BSN C/D): fixed notation, at most nine fraction digits,
+// no trailing zeros ("52.5", "7", "-0.000000001"); minus zero is "0".
+QString format_degrees(double degrees);
+
+// A data dictionary identifier as hexBinary of two octets: "0001", "FFFF".
+QString format_ddi(unsigned short ddi);
+// Four hex digits to a DDI; false on any other text.
+bool parse_ddi(QString const& text, unsigned short& ddi);
+
+// The text with every character that XML 1.0 cannot hold (C0 controls other
+// than tab, line feed and carriage return, U+FFFE, U+FFFF, unpaired
+// surrogates) replaced by U+FFFD.
+QString xml_safe(QString const& text);
+
+} // namespace TC::Task_data::detail
