@@ -189,25 +189,25 @@ QString Linestring::point_attribute(unsigned int index, QByteArray const& name) 
                                            : QString();
 }
 
-Linestring Polygon::create_linestring(bool) {
+Linestring Polygon::create_linestring(bool) const {
     return create_child<Linestring>("LSG");
 }
-Linestring Guidance_pattern::create_linestring(bool) {
+Linestring Guidance_pattern::create_linestring(bool) const {
     return create_child<Linestring>("LSG");
 }
-Guidance_pattern GuidanceGroup::create_patterns(bool) {
+Guidance_pattern GuidanceGroup::create_patterns(bool) const {
     return create_child<Guidance_pattern>("GPN");
 }
-Polygon Partfield::create_polygon(bool) {
+Polygon Partfield::create_polygon(bool) const {
     return create_child<Polygon>("PLN");
 }
-Point Partfield::create_point(bool) {
+Point Partfield::create_point(bool) const {
     return create_child<Point>("PNT");
 }
-GuidanceGroup Partfield::create_guidance_paths(bool) {
+GuidanceGroup Partfield::create_guidance_paths(bool) const {
     return create_child<GuidanceGroup>("GGP");
 }
-Product_relation Product::create_product_relations(bool) {
+Product_relation Product::create_product_relations(bool) const {
     return create_child<Product_relation>("PRN");
 }
 
@@ -238,22 +238,22 @@ std::shared_ptr<Tree> Task_data::tree() const {
     return std::shared_ptr<Tree>(std::shared_ptr<Tree>(), node_->tree);
 }
 
-Customer Task_data::create_customers(bool) {
+Customer Task_data::create_customers(bool) const {
     return create_root_child<Customer>("CTR");
 }
-Farm Task_data::create_farms(bool) {
+Farm Task_data::create_farms(bool) const {
     return create_root_child<Farm>("FRM");
 }
-Partfield Task_data::create_partfields(bool) {
+Partfield Task_data::create_partfields(bool) const {
     return create_root_child<Partfield>("PFD");
 }
-Product Task_data::create_products(bool) {
+Product Task_data::create_products(bool) const {
     return create_root_child<Product>("PDT");
 }
-Product_group Task_data::create_product_groups(bool) {
+Product_group Task_data::create_product_groups(bool) const {
     return create_root_child<Product_group>("PGP");
 }
-Base_station Task_data::create_base_stations(bool) {
+Base_station Task_data::create_base_stations(bool) const {
     return create_root_child<Base_station>("BSN");
 }
 

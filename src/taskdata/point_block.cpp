@@ -1,5 +1,7 @@
 #include "taskdata/point_block.h"
 
+#include "taskdata/value_text.h"
+
 #include <algorithm>
 
 namespace TC::Task_data::detail {
@@ -55,8 +57,8 @@ std::vector<std::pair<QByteArray, QString>> PointBlock::take_last() {
 
 void PointBlock::set(int index, QByteArray const& name, QString const& value) {
     Entries entries = decode(index);
-    QByteArray utf8 = value.toUtf8();
-    utf8.replace('\0', "\xEF\xBF\xBD");
+    // Made safe here, since a lone surrogate would not survive UTF-8.
+    QByteArray const utf8 = xml_safe(value).toUtf8();
     auto same = std::find_if(entries.begin(), entries.end(),
                              [&name](auto const& entry) { return entry.first == name; });
     if (same != entries.end()) {

@@ -301,15 +301,22 @@ public:
     }
 
     bool commit(QString& error) {
+        // Everything that can be checked is checked before the first rename.
         for (auto const& file : files_) {
             if (!sync_file(file.temporary, error))
                 return false;
+            if (QFileInfo(file.target).isDir()) {
+                error = QStringLiteral("cannot replace %1: it is a directory").arg(file.target);
+                return false;
+            }
         }
-        for (auto const& file : files_) {
-            if (std::rename(QFile::encodeName(file.temporary).constData(),
-                            QFile::encodeName(file.target).constData()) != 0) {
+        // The first file staged (TASKDATA.XML) goes into place last, so a
+        // reader finds the new set only when all its files are there.
+        for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
+            if (std::rename(QFile::encodeName(file->temporary).constData(),
+                            QFile::encodeName(file->target).constData()) != 0) {
                 error = QStringLiteral("cannot rename %1 to %2: %3")
-                            .arg(file.temporary, file.target, qt_error_string(errno));
+                            .arg(file->temporary, file->target, qt_error_string(errno));
                 return false;
             }
         }

@@ -150,10 +150,10 @@ public:
     UInt32 area() const { return view<UInt32>("C"); }
     UInt8 colour() const { return view<UInt8>("D"); }
 
-    Linestring create_linestring(bool = true);
+    Linestring create_linestring(bool = true) const;
     unsigned int num_linestring() const { return count_children("LSG"); }
     Linestring get_linestring(unsigned int index) const { return child<Linestring>("LSG", index); }
-    void remove_linestring(Linestring const& linestring) { remove_child(linestring); }
+    void remove_linestring(Linestring const& linestring) const { remove_child(linestring); }
 };
 
 class Base_station : public Element {
@@ -177,11 +177,11 @@ public:
     UInt32 radius() const { return view<UInt32>("H"); }
     LinkedID base_station() const { return link("L", "BSN"); }
 
-    Linestring create_linestring(bool = true);
+    Linestring create_linestring(bool = true) const;
     unsigned int num_linestring() const { return count_children("LSG"); }
     // Invalid when there is no such line string.
     Linestring get_linestring(unsigned int index) const { return child<Linestring>("LSG", index); }
-    void remove_linestring(Linestring const& linestring) { remove_child(linestring); }
+    void remove_linestring(Linestring const& linestring) const { remove_child(linestring); }
 };
 
 class GuidanceGroup : public Element {
@@ -190,7 +190,7 @@ public:
     UniqueID id() const { return unique_id(); }
     String designator() const { return view<String>("B"); }
 
-    Guidance_pattern create_patterns(bool = true);
+    Guidance_pattern create_patterns(bool = true) const;
     unsigned int num_patterns() const { return count_children("GPN"); }
     Guidance_pattern get_patterns(unsigned int index) const {
         return child<Guidance_pattern>("GPN", index);
@@ -207,16 +207,16 @@ public:
     Customer get_customer() const { return Customer(referenced("E")); }
     Farm get_farm() const { return Farm(referenced("F")); }
 
-    Polygon create_polygon(bool = true);
+    Polygon create_polygon(bool = true) const;
     unsigned int num_polygon() const { return count_children("PLN"); }
     Polygon get_polygon(unsigned int index) const { return child<Polygon>("PLN", index); }
-    void remove_polygon(Polygon const& polygon) { remove_child(polygon); }
+    void remove_polygon(Polygon const& polygon) const { remove_child(polygon); }
 
-    Point create_point(bool = true);
+    Point create_point(bool = true) const;
     unsigned int num_point() const { return count_children("PNT"); }
     Point get_point(unsigned int index) const { return child<Point>("PNT", index); }
 
-    GuidanceGroup create_guidance_paths(bool = true);
+    GuidanceGroup create_guidance_paths(bool = true) const;
     unsigned int num_guidance_paths() const { return count_children("GGP"); }
     GuidanceGroup get_guidance_paths(unsigned int index) const {
         return child<GuidanceGroup>("GGP", index);
@@ -248,7 +248,7 @@ public:
     Int32 mix_quantity() const { return view<Int32>("G"); }
     UInt32 density_mass_per_volume() const { return view<UInt32>("H"); }
 
-    Product_relation create_product_relations(bool = true);
+    Product_relation create_product_relations(bool = true) const;
     unsigned int num_product_relations() const { return count_children("PRN"); }
     Product_relation get_product_relations(unsigned int index) const {
         return child<Product_relation>("PRN", index);
@@ -335,12 +335,12 @@ class Task_data : public Element {
 public:
     using Element::Element;
 
-    Customer create_customers(bool = true);
-    Farm create_farms(bool = true);
-    Partfield create_partfields(bool = true);
-    Product create_products(bool = true);
-    Product_group create_product_groups(bool = true);
-    Base_station create_base_stations(bool = true);
+    Customer create_customers(bool = true) const;
+    Farm create_farms(bool = true) const;
+    Partfield create_partfields(bool = true) const;
+    Product create_products(bool = true) const;
+    Product_group create_product_groups(bool = true) const;
+    Base_station create_base_stations(bool = true) const;
 
     Element_list_t<Elements::Base::Customer> customers() const;
     Element_list_t<Elements::Base::Farm> farms() const;

@@ -1,0 +1,251 @@
+// The tool as a user meets it: command line, messages, exit status, and what
+// it leaves in OUTPUT.
+#include "test_support/test_support.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+using namespace test_support;
+
+namespace {
+
+QByteArray const template_bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
+                                  "<ISO11783_TaskData VersionMajor=\"4\" />\n";
+
+QByteArray usage_line() {
+    return "usage: " + QByteArray(TDM_TOOL) + " [-p] [-m] [-O OUTPUT] DATADIR\n";
+}
+
+// A data tree with one client, one farm and the given number of fields.
+void make_fields(QString const& data_dir, int fields) {
+    for (int i = 0; i < fields; ++i)
+        make_dirs(QStringLiteral("%1/Clients/Client/Farm/Field %2").arg(data_dir).arg(i));
+}
+
+class CommandLine : public ::testing::Test {
+protected:
+    ScratchDir scratch;
+    QString data() const { return scratch.file(QStringLiteral("data")); }
+    QString out() const { return scratch.file(QStringLiteral("out")); }
+};
+
+} // namespace
+
+TEST_F(CommandLine, BadCommandLinesPrintUsageAndCreateNothing) {
+    make_fields(data(), 1);
+    QList<QStringList> const bad = {
+        {},
+        {QStringLiteral("-p")},
+        {QStringLiteral("-p"), QStringLiteral("-m")},
+        {QStringLiteral("data"), QStringLiteral("-p")},
+        {QStringLiteral("data"), QStringLiteral("more")},
+        {QStringLiteral("-O")},
+        {QStringLiteral("-O"), QStringLiteral("out")},
+        {QStringLiteral("-x"), QStringLiteral("data")},
+        {QStringLiteral("-"), QStringLiteral("data")},
+        {QStringLiteral("--"), QStringLiteral("data")},
+        {QStringLiteral("-P"), QStringLiteral("data")},
+        {QStringLiteral("-o"), QStringLiteral("out"), QStringLiteral("data")},
+    };
+    for (QStringList const& arguments : bad) {
+        SCOPED_TRACE(arguments.join(QLatin1Char(' ')).toStdString());
+        ToolRun const run = run_tool(arguments, scratch.path());
+        EXPECT_EQ(run.exit_code, 1);
+        EXPECT_EQ(run.err, usage_line());
+        EXPECT_TRUE(run.out.isEmpty());
+        EXPECT_FALSE(file_exists(scratch.file(QStringLiteral("TASKDATA.XML"))));
+        EXPECT_FALSE(file_exists(out()));
+    }
+}
+
+TEST_F(CommandLine, OptionsComeInAnyOrderAndRepeat) {
+    make_dirs(data());
+    ToolRun const run = run_tool(
+        {"-p", "-m", "-s", "-O", "elsewhere", "-p", "-O", "out", "-m", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
+    EXPECT_TRUE(run.out.isEmpty());
+    EXPECT_TRUE(run.err.isEmpty());
+    EXPECT_EQ(read_file(out() + QStringLiteral("/TASKDATA.XML")), template_bytes);
+    // The replaced -O value was never used.
+    EXPECT_FALSE(file_exists(scratch.file(QStringLiteral("elsewhere"))));
+}
+
+TEST_F(CommandLine, OnlyTheSecondByteOfAnOptionCounts) {
+    make_fields(data(), 1);
+    // "-pxyz" is -p; "-Ofoo out" takes "out" and drops "foo".
+    ToolRun const run = run_tool({"-pxyz", "-Ofoo", "out", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
+    EXPECT_EQ(run.out, QByteArray("P: 0%\n\n"));
+    EXPECT_TRUE(file_exists(out() + QStringLiteral("/TASKDATA.XML")));
+    EXPECT_FALSE(file_exists(scratch.file(QStringLiteral("foo"))));
+}
+
+TEST_F(CommandLine, NothingToImportEndsQuietlyAfterTheTemplate) {
+    make_dirs(data() + QStringLiteral("/Clients/Client/Farm")); // no field
+    make_dirs(data() + QStringLiteral("/Products/.hidden"));
+    write_file(data() + QStringLiteral("/Products/not a product"), "x");
+    ToolRun const run = run_tool({"-p", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_TRUE(run.out.isEmpty());
+    EXPECT_TRUE(run.err.isEmpty());
+    // The default OUTPUT is the working directory.
+    EXPECT_EQ(read_file(scratch.file(QStringLiteral("TASKDATA.XML"))), template_bytes);
+    EXPECT_TRUE(read_file(scratch.file(QStringLiteral("LINKLIST.XML"))).isEmpty());
+    EXPECT_TRUE(file_exists(scratch.file(QStringLiteral("GUIDLIST.XML"))));
+}
+
+TEST_F(CommandLine, MissingDataDirIsNoError) {
+    ToolRun const run = run_tool({"-O", "out", "no such dir"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_TRUE(run.err.isEmpty());
+    EXPECT_EQ(read_file(out() + QStringLiteral("/TASKDATA.XML")), template_bytes);
+}
+
+TEST_F(CommandLine, ProgressStartsAtZeroAndEveryLineIsFollowedByAnEmptyOne) {
+    make_fields(data(), 3);
+    make_dirs(data() + QStringLiteral("/Products/Seed"));
+    ToolRun const run = run_tool({"-p", "-O", "out", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
+    EXPECT_TRUE(run.out.startsWith("P: 0%\n\n"));
+    // Without -p nothing at all is printed.
+    ToolRun const quiet = run_tool({"-O", "out", "data"}, scratch.path());
+    EXPECT_EQ(quiet.exit_code, 0);
+    EXPECT_TRUE(quiet.out.isEmpty());
+    EXPECT_TRUE(quiet.err.isEmpty());
+}
+
+TEST_F(CommandLine, OutputThatCannotBeCreatedIsAnError) {
+    write_file(scratch.file(QStringLiteral("plain file")), "x");
+    make_fields(data(), 1);
+    ToolRun const run = run_tool({"-O", "plain file/out", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_EQ(run.err, QByteArray("E: could not create directory plain file/out\n"));
+}
+
+TEST_F(CommandLine, TemplateCutsAnExistingSetInOutputAtOnce) {
+    make_dirs(data());
+    write_file(out() + QStringLiteral("/TASKDATA.XML"),
+               "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Old\"/>"
+               "</ISO11783_TaskData>");
+    write_file(out() + QStringLiteral("/LINKLIST.XML"), "old links");
+    write_file(out() + QStringLiteral("/GUIDLIST.XML"), "old guids");
+    // Nothing to import: the run ends before the save, with the template.
+    ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(read_file(out() + QStringLiteral("/TASKDATA.XML")), template_bytes);
+    EXPECT_TRUE(read_file(out() + QStringLiteral("/LINKLIST.XML")).isEmpty());
+    EXPECT_TRUE(read_file(out() + QStringLiteral("/GUIDLIST.XML")).isEmpty());
+}
+
+TEST_F(CommandLine, ExistingSetInTaskdataIsLoadedUnlessIgnored) {
+    make_fields(data(), 1);
+    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"),
+               "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" "
+               "ManagementSoftwareManufacturer=\"x\" ManagementSoftwareVersion=\"1\" "
+               "DataTransferOrigin=\"1\"><CTR A=\"CTR1\" B=\"Kept\"/></ISO11783_TaskData>");
+
+    ASSERT_EQ(run_tool({"-O", "out", "data"}, scratch.path()).exit_code, 0);
+    XmlElement const loaded = read_xml(out() + QStringLiteral("/TASKDATA.XML"));
+    ASSERT_EQ(loaded.all(QStringLiteral("CTR")).size(), 1);
+    EXPECT_EQ(loaded.all(QStringLiteral("CTR"))[0].attribute(QStringLiteral("B")),
+              QStringLiteral("Kept"));
+
+    ASSERT_EQ(run_tool({"-s", "-O", "fresh", "data"}, scratch.path()).exit_code, 0);
+    XmlElement const fresh = read_xml(scratch.file(QStringLiteral("fresh/TASKDATA.XML")));
+    EXPECT_TRUE(fresh.all(QStringLiteral("CTR")).isEmpty());
+}
+
+TEST_F(CommandLine, LowerCaseSuffixIsTheOnlyFallbackOnTheInputSide) {
+    QByteArray const named = "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"%1\"/>"
+                             "</ISO11783_TaskData>";
+    auto customer_in = [&](QString const& output) {
+        auto customers =
+            read_xml(scratch.file(output + QStringLiteral("/TASKDATA.XML"))).all("CTR");
+        return customers.isEmpty() ? QString() : customers[0].attribute(QStringLiteral("B"));
+    };
+    make_fields(data(), 1);
+
+    write_file(data() + QStringLiteral("/taskdata/TASKDATA.xml"),
+               QByteArray(named).replace("%1", "lower"));
+    ASSERT_EQ(run_tool({"-O", "a", "data"}, scratch.path()).exit_code, 0);
+    EXPECT_EQ(customer_in(QStringLiteral("a")), QStringLiteral("lower"));
+    EXPECT_FALSE(file_exists(scratch.file(QStringLiteral("a/TASKDATA.xml"))));
+
+    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"),
+               QByteArray(named).replace("%1", "upper"));
+    ASSERT_EQ(run_tool({"-O", "b", "data"}, scratch.path()).exit_code, 0);
+    EXPECT_EQ(customer_in(QStringLiteral("b")), QStringLiteral("upper"));
+
+    QDir(data() + QStringLiteral("/taskdata")).removeRecursively();
+    write_file(data() + QStringLiteral("/taskdata/TaskData.XML"),
+               QByteArray(named).replace("%1", "mixed"));
+    ASSERT_EQ(run_tool({"-O", "c", "data"}, scratch.path()).exit_code, 0);
+    EXPECT_EQ(customer_in(QStringLiteral("c")), QString());
+}
+
+TEST_F(CommandLine, InputAndOutputMayBeOneDirectory) {
+    make_fields(data(), 1);
+    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"),
+               "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR7\" B=\"Same\"/>"
+               "</ISO11783_TaskData>");
+    write_file(data() + QStringLiteral("/taskdata/TEST0001.BIN"), "binary");
+    ToolRun const run = run_tool({"-O", "data/taskdata", "data"}, scratch.path());
+    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
+    XmlElement const saved = read_xml(data() + QStringLiteral("/taskdata/TASKDATA.XML"));
+    ASSERT_EQ(saved.all(QStringLiteral("CTR")).size(), 1);
+    EXPECT_EQ(saved.all(QStringLiteral("CTR"))[0].attribute(QStringLiteral("A")),
+              QStringLiteral("CTR7"));
+    EXPECT_EQ(read_file(data() + QStringLiteral("/taskdata/TEST0001.BIN")), "binary");
+    EXPECT_EQ(
+        QDir(data() + QStringLiteral("/taskdata")).entryList(QDir::Files | QDir::Hidden).size(), 4);
+}
+
+TEST_F(CommandLine, SetThatCannotBeReadEndsWithTheLoadError) {
+    make_fields(data(), 1);
+    QString const input = data() + QStringLiteral("/taskdata/TASKDATA.XML");
+    struct Case {
+        char const* what;
+        QByteArray content;
+    };
+    for (Case const& bad :
+         {Case{"not well-formed", "<ISO11783_TaskData><CTR A=\"CTR1\">"},
+          Case{"not a task data set", "<html><body/></html>"}, Case{"empty", ""},
+          Case{"missing external file", "<ISO11783_TaskData><XFR A=\"CTR00001\" B=\"1\"/>"
+                                        "</ISO11783_TaskData>"},
+          Case{"external file outside the set", "<ISO11783_TaskData><XFR A=\"../x\" B=\"1\"/>"
+                                                "</ISO11783_TaskData>"}}) {
+        SCOPED_TRACE(bad.what);
+        write_file(input, bad.content);
+        ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path());
+        EXPECT_EQ(run.exit_code, 1);
+        EXPECT_TRUE(
+            run.err.endsWith("E: could not load taskdata from data/taskdata/TASKDATA.XML\n"))
+            << run.err.constData();
+        // The reader's explanation precedes the error line.
+        EXPECT_GT(run.err.count('\n'), 1);
+        EXPECT_FALSE(file_exists(out() + QStringLiteral("/TASKDATA.XML")));
+    }
+}
+
+TEST_F(CommandLine, FailedSaveLeavesTheFormerSetWhole) {
+    // A set big enough that writing it runs into a 64 KiB file size limit.
+    QByteArray customers;
+    for (int i = 1; i <= 3000; ++i)
+        customers += QStringLiteral("<CTR A=\"CTR%1\" B=\"Customer number %1\"/>").arg(i).toUtf8();
+    QByteArray const big =
+        "<ISO11783_TaskData VersionMajor=\"4\">" + customers + "</ISO11783_TaskData>";
+    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"), big);
+    make_fields(data(), 1);
+    QByteArray const former = "<ISO11783_TaskData VersionMajor=\"4\"/>";
+    write_file(out() + QStringLiteral("/TASKDATA.XML"), former);
+    write_file(out() + QStringLiteral("/LINKLIST.XML"), "");
+
+    ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(),
+                                 QStringLiteral("trap '' XFSZ; ulimit -f 64"));
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_TRUE(run.err.endsWith("E: could not save taskdata\n")) << run.err.constData();
+    EXPECT_EQ(read_file(out() + QStringLiteral("/TASKDATA.XML")), former);
+    // No staged file is left behind.
+    EXPECT_EQ(QDir(out()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+}

@@ -1,0 +1,75 @@
+#pragma once
+// Helpers shared by the tests: scratch trees in temporary directories, the
+// real tool run as a child process, and written XML read back as a tree.
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace test_support {
+
+// A fresh directory removed again at the end of the test.
+class ScratchDir {
+public:
+    ScratchDir();
+    ~ScratchDir();
+    QString path() const { return path_; }
+    QString file(QString const& relative) const { return path_ + QLatin1Char('/') + relative; }
+
+private:
+    QString path_;
+};
+
+void make_dirs(QString const& path);
+void write_file(QString const& path, QByteArray const& content);
+QByteArray read_file(QString const& path);
+bool file_exists(QString const& path);
+
+struct ToolRun {
+    int exit_code = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs taskdata-migrate with `arguments` in `working_dir`; `shell_prefix`, if
+// given, is a shell snippet run first in the same shell (limits, traps).
+ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
+                 QString const& shell_prefix = QString());
+
+// An element of a written XML file: tag, attributes in order, children.
+struct XmlElement {
+    QString tag;
+    QList<QPair<QString, QString>> attributes;
+    QList<XmlElement> children;
+
+    QString attribute(QString const& name) const; // empty when absent
+    bool has_attribute(QString const& name) const;
+    QList<XmlElement> all(QString const& tag) const; // descendants, document order
+};
+
+// Parses a whole XML file; fails the current test on malformed XML.
+XmlElement read_xml(QString const& path);
+// A readable first difference of two trees, empty when equal. Attribute
+// order is not compared.
+QString difference(XmlElement const& expected, XmlElement const& actual);
+
+// The team's shared material (schemas, samples, validator), or empty when
+// this checkout stands alone.
+QString shared_dir();
+
+// Runs the shared schema validator on a written set; returns its output and
+// sets `valid`.
+QString validate_set(QString const& dir, bool& valid);
+
+} // namespace test_support
+
+// Skips the current test when the shared material is absent.
+#define REQUIRE_SHARED_DIR()                                                                       \
+    do {                                                                                           \
+        if (test_support::shared_dir().isEmpty())                                                  \
+            GTEST_SKIP() << "../shared is not beside this checkout; skipping";                     \
+    } while (false)

@@ -1,0 +1,409 @@
+// Task data sets on disk: what the store reads, what it writes back, the
+// identities in LINKLIST.XML, sets split into external files, text that XML
+// cannot hold, and saves that fail.
+#include "taskdata/element_man.h"
+#include "test_support/test_support.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+using namespace TC::Task_data;
+using namespace TC::Task_data::Elements::Client;
+using namespace test_support;
+
+namespace {
+
+class SetFiles : public ::testing::Test {
+protected:
+    SetFiles() { man.create(); }
+
+    bool load(QString const& dir, QString* error = nullptr) {
+        XML_interface xml(dir + QStringLiteral("/TASKDATA.XML"), true, false, false, false);
+        bool const ok = man.load_xml(xml);
+        if (error)
+            *error = xml.error();
+        return ok;
+    }
+
+    bool save(QString const& dir, QString* error = nullptr) {
+        XML_interface xml(dir + QStringLiteral("/TASKDATA.XML"), true, false, false, false);
+        bool const ok = man.save_xml(xml);
+        if (error)
+            *error = xml.error();
+        else
+            EXPECT_TRUE(ok) << xml.error().toStdString();
+        return ok;
+    }
+
+    Task_data root() const { return man.get_client_root(); }
+    QString dir(QString const& name) const { return scratch.file(name); }
+
+    ScratchDir scratch;
+    Element_man man;
+};
+
+QByteArray const minimal_root = "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" "
+                                "ManagementSoftwareManufacturer=\"m\" "
+                                "ManagementSoftwareVersion=\"1\" DataTransferOrigin=\"1\"";
+
+} // namespace
+
+TEST_F(SetFiles, SamplesOfOtherSoftwareComeBackUnchanged) {
+    REQUIRE_SHARED_DIR();
+    QDir const samples(shared_dir() + QStringLiteral("/isoxml/samples"));
+    for (QString const& name : samples.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        SCOPED_TRACE(name.toStdString());
+        QString const input = samples.filePath(name);
+        QString const output = dir(name);
+        make_dirs(output);
+        ASSERT_TRUE(load(input));
+        save(output);
+        EXPECT_EQ(difference(read_xml(input + QStringLiteral("/TASKDATA.XML")),
+                             read_xml(output + QStringLiteral("/TASKDATA.XML"))),
+                  QString());
+        if (file_exists(input + QStringLiteral("/LINKLIST.XML"))) {
+            EXPECT_EQ(difference(read_xml(input + QStringLiteral("/LINKLIST.XML")),
+                                 read_xml(output + QStringLiteral("/LINKLIST.XML"))),
+                      QString());
+        }
+        // Attached and binary files travel with the set.
+        for (QString const& file : QDir(input).entryList(QDir::Files)) {
+            if (file.endsWith(QLatin1String(".XML")))
+                continue;
+            EXPECT_EQ(read_file(output + QLatin1Char('/') + file),
+                      read_file(input + QLatin1Char('/') + file))
+                << file.toStdString();
+        }
+    }
+}
+
+TEST_F(SetFiles, UntouchedTextIsWrittenBackExactly) {
+    write_file(dir(QStringLiteral("in/TASKDATA.XML")),
+               minimal_root + " P123_x=\"a&amp;b\">\n<PFD A=\"PFD-3\" C=\"f\" D=\"12\" "
+                              "Z=\"unknown\"><PLN A=\"1\"><LSG A=\"1\"><PNT A=\"2\" "
+                              "C=\"48.12345678901234\" D=\"+15.10\" E=\"7\"/><P9_X q=\"1\"/>"
+                              "<PNT A=\"2\" C=\"1\" D=\"2\"><P9_Y/></PNT></LSG></PLN>"
+                              "<P9_Z>text</P9_Z></PFD></ISO11783_TaskData>");
+    ASSERT_TRUE(load(dir(QStringLiteral("in"))));
+    make_dirs(dir(QStringLiteral("out")));
+    save(dir(QStringLiteral("out")));
+    XmlElement const written = read_xml(dir(QStringLiteral("out/TASKDATA.XML")));
+    EXPECT_EQ(difference(read_xml(dir(QStringLiteral("in/TASKDATA.XML"))), written), QString());
+    XmlElement const point = written.all(QStringLiteral("PNT"))[0];
+    EXPECT_EQ(point.attribute(QStringLiteral("C")), QStringLiteral("48.12345678901234"));
+    EXPECT_EQ(point.attribute(QStringLiteral("D")), QStringLiteral("+15.10"));
+}
+
+TEST_F(SetFiles, ExternalFilesAreReadInPlaceAndWrittenAsOneFile) {
+    QString const input = dir(QStringLiteral("in"));
+    write_file(input + QStringLiteral("/TASKDATA.XML"),
+               minimal_root + "><CTR A=\"CTR1\" B=\"first\"/><XFR A=\"PFD00000\" B=\"1\"/>"
+                              "<XFR A=\"CTR00001\" B=\"1\"/></ISO11783_TaskData>");
+    write_file(input + QStringLiteral("/PFD00000.XML"),
+               "<XFC><PFD A=\"PFD1\" C=\"field\" D=\"1\" E=\"CTR2\"/></XFC>");
+    write_file(input + QStringLiteral("/CTR00001.xml"),
+               "<XFC><CTR A=\"CTR2\" B=\"second\"/></XFC>");
+    ASSERT_TRUE(load(input));
+    EXPECT_EQ(root().customers().count(), 2);
+    EXPECT_TRUE(root().partfields()[0].get_customer() == root().customers()[1]);
+    EXPECT_EQ(man.get_free_uid(QStringLiteral("CTR"), false), 3);
+
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    XmlElement const written = read_xml(output + QStringLiteral("/TASKDATA.XML"));
+    QStringList tags;
+    for (XmlElement const& child : written.children)
+        tags << child.tag;
+    EXPECT_EQ(tags, QStringList({"CTR", "PFD", "CTR"}));
+    EXPECT_EQ(QDir(output).entryList(QDir::Files),
+              QStringList({"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"}));
+}
+
+TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
+    struct Case {
+        char const* what;
+        QByteArray taskdata;
+        QByteArray external; // written as CTR00001.XML when not empty
+        char const* reason;
+    };
+    QList<Case> const cases = {
+        {"unclosed element", "<ISO11783_TaskData><CTR A=\"CTR1\">", "", "TASKDATA.XML:1:"},
+        {"foreign root", "<TaskData/>", "", "not an ISO 11783"},
+        {"no root", "<?xml version=\"1.0\"?>", "", "TASKDATA.XML"},
+        {"missing external file", "<ISO11783_TaskData><XFR A=\"CTR00002\" B=\"1\"/>", "",
+         "CTR00002"},
+        {"path as external file",
+         "<ISO11783_TaskData><XFR A=\"/etc/passwd\" B=\"1\"/>"
+         "</ISO11783_TaskData>",
+         "", "invalid external file name"},
+        {"external file with a wrong root",
+         "<ISO11783_TaskData><XFR A=\"CTR00001\" B=\"1\"/></ISO11783_TaskData>",
+         "<ISO11783_TaskData/>", "not an ISO 11783 XFC"},
+        {"deep nesting",
+         "<ISO11783_TaskData>" + QByteArray("<X>").repeated(200) +
+             QByteArray("</X>").repeated(200) + "</ISO11783_TaskData>",
+         "", "nested too deeply"},
+    };
+    for (Case const& bad : cases) {
+        SCOPED_TRACE(bad.what);
+        QString const input = dir(QString::fromLatin1(bad.what));
+        write_file(input + QStringLiteral("/TASKDATA.XML"), bad.taskdata);
+        if (!bad.external.isEmpty())
+            write_file(input + QStringLiteral("/CTR00001.XML"), bad.external);
+        QString error;
+        EXPECT_FALSE(load(input, &error));
+        EXPECT_TRUE(error.contains(QLatin1String(bad.reason))) << error.toStdString();
+        EXPECT_EQ(root().customers().count(), 0);
+    }
+}
+
+TEST_F(SetFiles, EmptyLinkAndGuidListsAreAcceptedAndGuidListContentIsKept) {
+    QString const input = dir(QStringLiteral("in"));
+    write_file(input + QStringLiteral("/TASKDATA.XML"), minimal_root + "/>");
+    write_file(input + QStringLiteral("/LINKLIST.XML"), "\n");
+    write_file(input + QStringLiteral("/GUIDLIST.XML"), "");
+    ASSERT_TRUE(load(input));
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    EXPECT_TRUE(read_file(output + QStringLiteral("/LINKLIST.XML")).isEmpty());
+    EXPECT_TRUE(read_file(output + QStringLiteral("/GUIDLIST.XML")).isEmpty());
+    EXPECT_TRUE(read_xml(output + QStringLiteral("/TASKDATA.XML")).all("AFE").isEmpty());
+
+    write_file(input + QStringLiteral("/GUIDLIST.XML"), "<GUIDLIST>opaque</GUIDLIST>\n");
+    ASSERT_TRUE(load(input));
+    save(output);
+    EXPECT_EQ(read_file(output + QStringLiteral("/GUIDLIST.XML")), "<GUIDLIST>opaque</GUIDLIST>\n");
+}
+
+TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
+    QUuid const group_uuid(QStringLiteral("{50b3c385-bee4-4042-9206-330b02040194}"));
+    QUuid const line_uuid = QUuid::createUuid();
+    Product_group group = root().create_product_groups(true);
+    group.id().set(man.get_free_uid(QStringLiteral("PGP"), false), true);
+    group.designator().set(QStringLiteral("Liquid Chemicals"), true);
+    group.set_guid(group_uuid);
+    Product nameless = root().create_products(true);
+    nameless.id().set(man.get_free_uid(QStringLiteral("PDT"), false), true);
+    nameless.set_guid(QUuid()); // a null identity is no identity
+    Partfield field = root().create_partfields(true);
+    field.id().set(1, true);
+    Linestring line = field.create_polygon(true).create_linestring(true);
+    line.set_uuid(line_uuid);
+    line.create_new_point();
+    Linestring const plain = field.create_polygon(true).create_linestring(true);
+
+    QString const first = dir(QStringLiteral("first"));
+    make_dirs(first);
+    save(first);
+    XmlElement const links = read_xml(first + QStringLiteral("/LINKLIST.XML"));
+    ASSERT_EQ(links.all(QStringLiteral("LGP")).size(), 1);
+    EXPECT_EQ(links.all(QStringLiteral("LGP"))[0].attribute(QStringLiteral("B")),
+              QStringLiteral("1"));
+    QList<XmlElement> const written_links = links.all(QStringLiteral("LNK"));
+    ASSERT_EQ(written_links.size(), 2);
+    EXPECT_EQ(written_links[0].attribute(QStringLiteral("A")), QStringLiteral("PGP1"));
+    EXPECT_EQ(QUuid(written_links[0].attribute(QStringLiteral("B"))), group_uuid);
+    EXPECT_EQ(written_links[1].attribute(QStringLiteral("A")), QStringLiteral("LSG1"));
+    XmlElement const taskdata = read_xml(first + QStringLiteral("/TASKDATA.XML"));
+    EXPECT_EQ(taskdata.all(QStringLiteral("LSG"))[0].attribute(QStringLiteral("F")),
+              QStringLiteral("LSG1"));
+    EXPECT_FALSE(taskdata.all(QStringLiteral("LSG"))[1].has_attribute(QStringLiteral("F")));
+    ASSERT_EQ(taskdata.all(QStringLiteral("AFE")).size(), 1);
+    EXPECT_EQ(taskdata.all(QStringLiteral("AFE"))[0].attribute(QStringLiteral("A")),
+              QStringLiteral("LINKLIST.XML"));
+    EXPECT_EQ(taskdata.all(QStringLiteral("AFE"))[0].attribute(QStringLiteral("D")),
+              QStringLiteral("1"));
+
+    // Loaded again, the identities are back; a changed or removed one shows.
+    ASSERT_TRUE(load(first));
+    EXPECT_EQ(root().product_groups()[0].get_guid(), group_uuid);
+    Partfield const loaded_field = root().partfields()[0];
+    EXPECT_EQ(loaded_field.get_polygon(0).get_linestring(0).get_uuid(), line_uuid);
+    EXPECT_TRUE(loaded_field.get_polygon(1).get_linestring(0).get_uuid().isNull());
+    QUuid const replacement = QUuid::createUuid();
+    root().product_groups()[0].set_guid(replacement);
+    Polygon first_polygon = loaded_field.get_polygon(0);
+    first_polygon.remove_linestring(first_polygon.get_linestring(0));
+    save(first);
+    QList<XmlElement> const relinked = read_xml(first + QStringLiteral("/LINKLIST.XML")).all("LNK");
+    ASSERT_EQ(relinked.size(), 1);
+    EXPECT_EQ(QUuid(relinked[0].attribute(QStringLiteral("B"))), replacement);
+    EXPECT_EQ(read_xml(first + QStringLiteral("/TASKDATA.XML")).all("AFE").size(), 1);
+}
+
+TEST_F(SetFiles, LinksThatNameNothingKnownAreKept) {
+    QString const input = dir(QStringLiteral("in"));
+    write_file(input + QStringLiteral("/TASKDATA.XML"),
+               minimal_root + "><CTR A=\"CTR1\" B=\"c\"/></ISO11783_TaskData>");
+    write_file(input + QStringLiteral("/LINKLIST.XML"),
+               "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" "
+               "ManagementSoftwareManufacturer=\"m\" ManagementSoftwareVersion=\"1\" "
+               "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"CTR1\" "
+               "B=\"{a1a2a3a4-b1b2-c1c2-d1d2-d3d4d5d6d7d8}\" C=\"named\"/><LNK A=\"TSK9\" "
+               "B=\"{11111111-2222-3333-4444-555555555555}\"/></LGP><LGP A=\"LGP2\" B=\"2\" "
+               "D=\"ns\"><LNK A=\"CTR1\" B=\"customer-42\"/></LGP></ISO11783LinkList>");
+    ASSERT_TRUE(load(input));
+    EXPECT_EQ(root().customers()[0].get_guid(),
+              QUuid(QStringLiteral("{a1a2a3a4-b1b2-c1c2-d1d2-d3d4d5d6d7d8}")));
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    EXPECT_EQ(difference(read_xml(input + QStringLiteral("/LINKLIST.XML")),
+                         read_xml(output + QStringLiteral("/LINKLIST.XML"))),
+              QString());
+}
+
+TEST_F(SetFiles, LibraryFlagsSurviveASaveAndALoad) {
+    Partfield field = root().create_partfields(true);
+    field.id().set(1, true);
+    Point flag = field.create_point(true);
+    flag.icon_id().set(6, true);
+    Linestring line = field.create_polygon(true).create_linestring(true);
+    line.enabled().set(1, true);
+    line.set_binary(true);
+    EXPECT_TRUE(line.binary());
+    line.create_new_point();
+
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    ASSERT_TRUE(load(output));
+    Partfield const loaded = root().partfields()[0];
+    unsigned char icon = 0, enabled = 0;
+    EXPECT_TRUE(loaded.get_point(0).icon_id().get(icon));
+    EXPECT_EQ(icon, 6);
+    EXPECT_TRUE(loaded.get_polygon(0).get_linestring(0).enabled().get(enabled));
+    EXPECT_EQ(enabled, 1);
+    EXPECT_EQ(loaded.get_polygon(0).get_linestring(0).get_num_points(), 1u);
+}
+
+TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
+    QString const hostile = QStringLiteral("<Field & \"Co\"> '1'\t") + QChar(0x01) + QChar(0x1F) +
+                            QChar(0xD800) + QStringLiteral("end") + QChar(0xFFFF);
+    Customer customer = root().create_customers(true);
+    customer.id().set(1, true);
+    customer.designator().set(hostile, true);
+    Partfield field = root().create_partfields(true);
+    field.id().set(1, true);
+    Linestring line = field.create_polygon(true).create_linestring(true);
+    line.create_new_point();
+    line.set_designator(0, hostile);
+
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    QString const expected = QStringLiteral("<Field & \"Co\"> '1'\t") +
+                             QString(3, QChar(QChar::ReplacementCharacter)) +
+                             QStringLiteral("end") + QChar(QChar::ReplacementCharacter);
+    XmlElement const written = read_xml(output + QStringLiteral("/TASKDATA.XML"));
+    EXPECT_EQ(written.all(QStringLiteral("CTR"))[0].attribute(QStringLiteral("B")), expected);
+    EXPECT_EQ(written.all(QStringLiteral("PNT"))[0].attribute(QStringLiteral("B")), expected);
+}
+
+TEST_F(SetFiles, WrittenSetsPassTheSchema) {
+    REQUIRE_SHARED_DIR();
+    Customer customer = root().create_customers(true);
+    customer.id().set(1, true);
+    customer.designator().set(QStringLiteral("Meyer & Sons"), true);
+    customer.set_guid(QUuid::createUuid());
+    Farm farm = root().create_farms(true);
+    farm.id().set(1, true);
+    farm.designator().set(QStringLiteral("Hof"), true);
+    farm.customer().set(1, true);
+    Partfield field = root().create_partfields(true);
+    field.id().set(1, true);
+    field.designator().set(QStringLiteral("North"), true);
+    field.customer().set(1, true);
+    field.farm().set(1, true);
+    Product_group group = root().create_product_groups(true);
+    group.id().set(1, true);
+    group.designator().set(QStringLiteral("Granular Chemicals"), true);
+    group.set_guid(QUuid::createUuid());
+    Product product = root().create_products(true);
+    product.id().set(1, true);
+    product.designator().set(QStringLiteral("Seed"), true);
+    product.product_group().set(group);
+    product.ddi().set(1, true);
+    product.type().set(2, true);
+    product.mix_quantity().set(100, true);
+    product.density_mass_per_volume().set(1000, true);
+    Product_relation relation = product.create_product_relations(true);
+    relation.product().set(product);
+    relation.quantity().set(5, true);
+    Base_station station = root().create_base_stations(true);
+    station.id().set(1, true);
+    station.north().set(52.123456789123, true);
+    station.east().set(-7.1, true);
+    station.up().set(-1200, true);
+    Point flag = field.create_point(true);
+    flag.type().set(1, true);
+    flag.designator().set(QStringLiteral("Stone"), true);
+    flag.north().set(52.1, true);
+    flag.east().set(7.2, true);
+    flag.colour().set(3, true);
+    flag.icon_id().set(4, true);
+    Polygon polygon = field.create_polygon(true);
+    polygon.type().set(1, true);
+    polygon.designator().set(QStringLiteral("Boundary"), true);
+    polygon.area().set(12000, true);
+    polygon.colour().set(2, true);
+    Linestring ring = polygon.create_linestring(true);
+    ring.type().set(1, true);
+    ring.enabled().set(1, true);
+    ring.set_uuid(QUuid::createUuid());
+    Polyline points(QPointF(7.0, 52.0));
+    points << QPointF(0, 0) << QPointF(0.0001, 0) << QPointF(0.0001, 0.0001);
+    points.close();
+    ring.add_points(points, false, false);
+    GuidanceGroup guidance = field.create_guidance_paths(true);
+    guidance.id().set(1, true);
+    guidance.designator().set(QStringLiteral("AB"), true);
+    Guidance_pattern pattern = guidance.create_patterns(true);
+    pattern.id().set(1, true);
+    pattern.type().set(1, true);
+    pattern.designator().set(QStringLiteral("AB"), true);
+    pattern.propagation().set(1, true);
+    pattern.extension().set(1, true);
+    pattern.radius().set(250000, true);
+    pattern.base_station().set(station);
+    Linestring line = pattern.create_linestring(true);
+    line.type().set(5, true);
+    for (int i = 0; i < 2; ++i) {
+        unsigned int const index = line.create_new_point();
+        line.set_type(index, static_cast<unsigned char>(6 + i));
+        line.set_north(index, 52.0 + i * 0.001);
+        line.set_east(index, 7.0);
+    }
+
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    save(output);
+    bool valid = false;
+    QString const report = validate_set(output, valid);
+    EXPECT_TRUE(valid) << report.toStdString();
+}
+
+TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
+    Customer customer = root().create_customers(true);
+    customer.id().set(1, true);
+    QString const output = dir(QStringLiteral("out"));
+    make_dirs(output);
+    write_file(output + QStringLiteral("/TASKDATA.XML"), "former");
+    // LINKLIST.XML cannot be replaced: a directory stands in its place.
+    make_dirs(output + QStringLiteral("/LINKLIST.XML"));
+    QString error;
+    EXPECT_FALSE(save(output, &error));
+    EXPECT_TRUE(error.contains(QLatin1String("LINKLIST.XML"))) << error.toStdString();
+    EXPECT_EQ(read_file(output + QStringLiteral("/TASKDATA.XML")), "former");
+    EXPECT_EQ(QDir(output).entryList(QDir::Files | QDir::Hidden), QStringList({"TASKDATA.XML"}));
+
+    // OUTPUT taken away between load and save.
+    QDir(output).removeRecursively();
+    write_file(output, "now a file");
+    EXPECT_FALSE(save(output, &error));
+    EXPECT_EQ(read_file(output), "now a file");
+}
