@@ -25,3 +25,8 @@ clean:
 .PHONY: bench
 bench: build
 	set -e; for b in $(BUILD_DIR)/bench/*/*_bench; do echo "== $$b"; $$b; done
+
+# Fails when a C++ source is not formatted as .clang-format says.
+.PHONY: format-check
+format-check: deps
+	git ls-files '*.cpp' '*.h' | xargs -d '\n' clang-format --dry-run --Werror

@@ -10,6 +10,7 @@ packages=(
   libshp-dev
   libproj-dev
   libxml2-utils python3
+  clang-format
 )
 
 missing=()
