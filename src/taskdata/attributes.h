@@ -31,8 +31,6 @@ public:
     // is not written either way.
     void set_flag_included(bool included);
 
-    QByteArray const& name() const { return name_; }
-
 protected:
     // The stored text; false when the attribute is absent or has no value.
     bool get_text(QString& text) const;

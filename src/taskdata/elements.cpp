@@ -70,10 +70,6 @@ Attribute Element::add(QString const& name, QString const& prefix) {
     return Attribute(node_, full_name);
 }
 
-QByteArray Element::tag() const {
-    return node_ ? node_->tag : QByteArray();
-}
-
 template <class Handle> Handle Element::create_child(char const* tag) const {
     if (!node_ || !node_->tree)
         return Handle();
@@ -182,11 +178,6 @@ void Linestring::set_binary(bool binary) {
 
 bool Linestring::binary() const {
     return node_ && node_->binary;
-}
-
-QString Linestring::point_attribute(unsigned int index, QByteArray const& name) const {
-    return valid_index(node_.get(), index) ? node_->points->get(static_cast<int>(index), name)
-                                           : QString();
 }
 
 Linestring Polygon::create_linestring(bool) const {

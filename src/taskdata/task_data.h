@@ -64,8 +64,6 @@ public:
     // Adds the attribute prefix + name (without a value yet) and returns it.
     Attribute add(QString const& name, QString const& prefix);
 
-    QByteArray tag() const; // "CTR", "PFD", ...; empty on an invalid handle
-
 protected:
     template <class Handle> Handle create_child(char const* tag) const;
     template <class Handle> Handle child(char const* tag, unsigned int index) const;
@@ -135,9 +133,6 @@ public:
 
     QUuid get_uuid() const { return get_guid(); }
     void set_uuid(QUuid const& uuid) { set_guid(uuid); }
-
-    // The point attribute of that name, empty when absent (for readers).
-    QString point_attribute(unsigned int index, QByteArray const& name) const;
 };
 
 class Polygon : public Element {
