@@ -1,7 +1,10 @@
 #include "driver/run.h"
 
+#include "clients/client_import.h"
 #include "driver/data_tree.h"
 #include "driver/report.h"
+#include "products/mixture_import.h"
+#include "products/product_import.h"
 #include "taskdata/store.h"
 
 #include <cstdlib>
@@ -88,6 +91,14 @@ void run(int argc, char** argv) {
         std::exit(0);
     if (progress_state.enabled)
         print_progress();
+
+    import_clients(clients_dir);
+    // Listed afresh, not taken from the count; mixtures come last, for they
+    // find their ingredients among the products.
+    for (QDir const& product_dir : list_dirs(products_dir))
+        import_product(product_dir);
+    for (QDir const& mixture_dir : list_dirs(mixtures_dir))
+        import_mixture(mixture_dir);
 
     QString const save_error = save_task_data();
     if (!save_error.isEmpty())

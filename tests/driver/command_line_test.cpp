@@ -23,6 +23,11 @@ void make_fields(QString const& data_dir, int fields) {
         make_dirs(QStringLiteral("%1/Clients/Client/Farm/Field %2").arg(data_dir).arg(i));
 }
 
+// Something to import that adds no customer: one product.
+void make_product(QString const& data_dir) {
+    write_file(data_dir + QStringLiteral("/Products/Seed/Seed.ini"), "[Default]\nType=0\n");
+}
+
 class CommandLine : public ::testing::Test {
 protected:
     ScratchDir scratch;
@@ -76,7 +81,7 @@ TEST_F(CommandLine, OnlyTheSecondByteOfAnOptionCounts) {
     // "-pxyz" is -p; "-Ofoo out" takes "out" and drops "foo".
     ToolRun const run = run_tool({"-pxyz", "-Ofoo", "out", "data"}, scratch.path());
     EXPECT_EQ(run.exit_code, 0) << run.err.constData();
-    EXPECT_EQ(run.out, QByteArray("P: 0%\n\n"));
+    EXPECT_EQ(run.out, QByteArray("P: 0%\n\nP: 100%\n\n"));
     EXPECT_TRUE(file_exists(out() + QStringLiteral("/TASKDATA.XML")));
     EXPECT_FALSE(file_exists(scratch.file(QStringLiteral("foo"))));
 }
@@ -104,7 +109,7 @@ TEST_F(CommandLine, MissingDataDirIsNoError) {
 
 TEST_F(CommandLine, ProgressStartsAtZeroAndEveryLineIsFollowedByAnEmptyOne) {
     make_fields(data(), 3);
-    make_dirs(data() + QStringLiteral("/Products/Seed"));
+    make_product(data());
     ToolRun const run = run_tool({"-p", "-O", "out", "data"}, scratch.path());
     EXPECT_EQ(run.exit_code, 0) << run.err.constData();
     EXPECT_TRUE(run.out.startsWith("P: 0%\n\n"));
@@ -139,7 +144,7 @@ TEST_F(CommandLine, TemplateCutsAnExistingSetInOutputAtOnce) {
 }
 
 TEST_F(CommandLine, ExistingSetInTaskdataIsLoadedUnlessIgnored) {
-    make_fields(data(), 1);
+    make_product(data());
     write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"),
                "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" "
                "ManagementSoftwareManufacturer=\"x\" ManagementSoftwareVersion=\"1\" "
@@ -164,7 +169,7 @@ TEST_F(CommandLine, LowerCaseSuffixIsTheOnlyFallbackOnTheInputSide) {
             read_xml(scratch.file(output + QStringLiteral("/TASKDATA.XML"))).all("CTR");
         return customers.isEmpty() ? QString() : customers[0].attribute(QStringLiteral("B"));
     };
-    make_fields(data(), 1);
+    make_product(data());
 
     write_file(data() + QStringLiteral("/taskdata/TASKDATA.xml"),
                QByteArray(named).replace("%1", "lower"));
@@ -185,7 +190,7 @@ TEST_F(CommandLine, LowerCaseSuffixIsTheOnlyFallbackOnTheInputSide) {
 }
 
 TEST_F(CommandLine, InputAndOutputMayBeOneDirectory) {
-    make_fields(data(), 1);
+    make_product(data());
     write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"),
                "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR7\" B=\"Same\"/>"
                "</ISO11783_TaskData>");
