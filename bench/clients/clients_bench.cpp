@@ -15,6 +15,8 @@
 #include "products/product_import.h"
 #include "taskdata/store.h"
 
+#include "bench_support/machine.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -23,7 +25,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <random>
 #include <string>
 
@@ -48,15 +49,6 @@ TreeSize const quarter{25, 20, 10, 1250, 250, 10};
 
 double seconds_since(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-std::string cpu_model() {
-    std::ifstream cpuinfo("/proc/cpuinfo");
-    std::string line;
-    while (std::getline(cpuinfo, line))
-        if (line.rfind("model name", 0) == 0)
-            return line.substr(line.find(':') + 2);
-    return "unknown processor";
 }
 
 void write_text(QString const& path, QString const& text) {
@@ -251,13 +243,7 @@ void report_growth(char const* what, double quarter_seconds, double whole_second
 } // namespace
 
 int main() {
-#ifdef NDEBUG
-    char const* build = "optimised";
-#else
-    char const* build = "debug";
-#endif
-    std::printf("machine: %s; compiler %s, %s build; one thread\n", cpu_model().c_str(),
-                __VERSION__, build);
+    std::printf("%s; one thread\n", bench_support::machine_line().c_str());
     QTemporaryDir scratch;
     if (!scratch.isValid()) {
         std::fprintf(stderr, "cannot create a temporary directory\n");

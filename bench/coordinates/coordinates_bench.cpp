@@ -3,13 +3,13 @@
 #include "coordinates/geodetic.h"
 #include "coordinates/local_frame.h"
 
+#include "bench_support/machine.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -35,16 +35,6 @@ std::vector<LocalPoint> fieldPath() {
     return points;
 }
 
-std::string cpuModel() {
-    std::ifstream cpuinfo("/proc/cpuinfo");
-    std::string line;
-    while (std::getline(cpuinfo, line)) {
-        if (line.rfind("model name", 0) == 0)
-            return line.substr(line.find(':') + 2);
-    }
-    return "unknown processor";
-}
-
 // Median over several runs of one pass over all points.
 template <typename Pass> double pointsPerSecond(std::size_t count, Pass pass) {
     std::vector<double> rates;
@@ -65,13 +55,7 @@ void report(char const* name, double rate) {
 } // namespace
 
 int main() {
-#ifdef NDEBUG
-    char const* build = "optimised";
-#else
-    char const* build = "debug";
-#endif
-    std::printf("machine: %s, %u hardware threads; compiler %s, %s build; one thread\n",
-                cpuModel().c_str(), std::thread::hardware_concurrency(), __VERSION__, build);
+    std::printf("%s; one thread\n", bench_support::machine_line().c_str());
 
     std::vector<LocalPoint> const path = fieldPath();
     std::vector<GeoPoint> const geoPath = localToGeo(path, centre);

@@ -12,6 +12,8 @@
 
 #include "taskdata/element_man.h"
 
+#include "bench_support/machine.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -19,11 +21,9 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTextStream>
 #include <QXmlStreamWriter>
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -468,22 +468,6 @@ std::optional<Figures> measure_isoxml(QString const& input, QString const& work_
 
 // ---- The report -----------------------------------------------------------
 
-QString cpu_model() {
-    QFile file(QStringLiteral("/proc/cpuinfo"));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QStringLiteral("unknown");
-    QTextStream in(&file);
-    for (QString line = in.readLine(); !line.isNull(); line = in.readLine())
-        if (line.startsWith(QLatin1String("model name")))
-            return line.section(QLatin1Char(':'), 1).trimmed();
-    return QStringLiteral("unknown");
-}
-
-void print_machine() {
-    std::printf("machine: %ld CPUs (nproc), %s\n", sysconf(_SC_NPROCESSORS_ONLN),
-                qPrintable(cpu_model()));
-}
-
 void print_row(char const* label, double store, std::optional<double> isoxml, int decimals) {
     std::printf("  %-22s%12.*f", label, decimals, store);
     if (isoxml)
@@ -557,7 +541,7 @@ bool generate(QString const& path, qint64 target_bytes) {
 }
 
 int run_benchmark(double size_mb) {
-    print_machine();
+    std::printf("%s\n", bench_support::machine_line().c_str());
     QTemporaryDir work(QDir::tempPath() + QStringLiteral("/taskdata_bench-XXXXXX"));
     if (!work.isValid()) {
         std::fprintf(stderr, "cannot create a temporary directory: %s\n",
