@@ -1,5 +1,7 @@
 #include "taskdata/node.h"
 
+#include "taskdata/attribute_order.h"
+
 #include <algorithm>
 
 namespace TC::Task_data::detail {
@@ -15,18 +17,18 @@ Attr const* Node::find_attr(QByteArray const& name) const {
     return const_cast<Node*>(this)->find_attr(name);
 }
 
-Attr& Node::attr_record(QByteArray const& name) {
-    if (Attr* existing = find_attr(name))
-        return *existing;
-    // Standard attributes are single capital letters. A new one goes before
-    // the first later letter or the first other name, so that a created
-    // element gets schema order; any other name (a proprietary one) goes last.
-    auto position = attrs.end();
-    if (name.size() == 1)
-        position = std::find_if(attrs.begin(), attrs.end(), [&name](Attr const& attr) {
-            return attr.name.size() != 1 || attr.name > name;
-        });
+Attr& attr_record(std::vector<Attr>& attrs, QByteArray const& name) {
+    for (Attr& attr : attrs)
+        if (attr.name == name)
+            return attr;
+    auto const position =
+        schema_position(attrs.begin(), attrs.end(), name,
+                        [](Attr const& attr) -> QByteArray const& { return attr.name; });
     return *attrs.insert(position, Attr{intern(name), QString(), false, true});
+}
+
+Attr& Node::attr_record(QByteArray const& name) {
+    return detail::attr_record(attrs, name);
 }
 
 QString Node::value(QByteArray const& name) const {

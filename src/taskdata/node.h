@@ -99,6 +99,9 @@ QByteArray id_attribute(QByteArray const& tag);
 bool parse_id(QByteArray const& tag, QString const& text, int& number);
 QString format_id(QByteArray const& tag, int number);
 
+// The record of that name in `attrs`, added in schema order when missing.
+Attr& attr_record(std::vector<Attr>& attrs, QByteArray const& name);
+
 // Interns short names (tags and attribute names) so that the many nodes of a
 // large set share one copy of each.
 QByteArray intern(QByteArray const& name);

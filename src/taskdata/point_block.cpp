@@ -1,5 +1,6 @@
 #include "taskdata/point_block.h"
 
+#include "taskdata/attribute_order.h"
 #include "taskdata/value_text.h"
 
 #include <algorithm>
@@ -64,12 +65,9 @@ void PointBlock::set(int index, QByteArray const& name, QString const& value) {
     if (same != entries.end()) {
         same->second = utf8;
     } else {
-        // Standard single-letter names in letter order, others behind them.
-        auto position = entries.end();
-        if (name.size() == 1)
-            position = std::find_if(entries.begin(), entries.end(), [&name](auto const& entry) {
-                return entry.first.size() != 1 || entry.first > name;
-            });
+        auto const position =
+            schema_position(entries.begin(), entries.end(), name,
+                            [](auto const& entry) -> QByteArray const& { return entry.first; });
         entries.insert(position, {name, utf8});
     }
     replace(index, entries);

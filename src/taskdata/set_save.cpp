@@ -22,20 +22,18 @@ using Attrs = std::vector<Attr>;
 
 // Adds `name` with `value` unless the element already holds a value for it.
 void add_default(Attrs& attrs, QByteArray const& name, QString const& value) {
-    for (Attr& attr : attrs)
-        if (attr.name == name) {
-            if (!attr.has_value) {
-                attr.value = value;
-                attr.has_value = true;
-            }
-            return;
-        }
-    Node scratch;
-    scratch.attrs = std::move(attrs);
-    Attr& added = scratch.attr_record(name);
-    added.value = value;
-    added.has_value = true;
-    attrs = std::move(scratch.attrs);
+    Attr& attr = attr_record(attrs, name);
+    if (!attr.has_value) {
+        attr.value = value;
+        attr.has_value = true;
+    }
+}
+
+// Sets `name` to `value`, whatever it held.
+void set_attribute(Attrs& attrs, QByteArray const& name, QString const& value) {
+    Attr& attr = attr_record(attrs, name);
+    attr.value = value;
+    attr.has_value = true;
 }
 
 // The attributes of `node` as written: required ISO 11783-10 attributes that
@@ -161,15 +159,8 @@ QString link_value(Node const& element) {
 }
 
 void write_link(QXmlStreamWriter& xml, Node const& element, Attrs attrs) {
-    QString const id = element.value(id_attribute(element.tag));
-    add_default(attrs, "A", id);
-    add_default(attrs, "B", link_value(element));
-    for (Attr& attr : attrs) {
-        if (attr.name == "A")
-            attr.value = id;
-        else if (attr.name == "B")
-            attr.value = link_value(element);
-    }
+    set_attribute(attrs, "A", element.value(id_attribute(element.tag)));
+    set_attribute(attrs, "B", link_value(element));
     xml.writeStartElement(QStringLiteral("LNK"));
     write_attributes(xml, attrs);
     xml.writeEndElement();
@@ -213,19 +204,19 @@ public:
             write_attributes(xml, link_attrs);
         }
         bool new_links_written = false;
-        int groups = 0;
+        UidPool group_numbers;
         if (tree_.link_list)
             for (auto const& child : tree_.link_list->children) {
                 bool const takes_new = uuid_group(*child) && !new_links_written;
-                if (child->tag == "LGP")
-                    ++groups;
-                if (uuid_group(*child))
-                    new_links_written = new_links_written || takes_new;
+                new_links_written = new_links_written || takes_new;
+                int number = 0;
+                if (child->tag == "LGP" && parse_id("LGP", child->value("A"), number))
+                    group_numbers.mark(number);
                 write_group(xml, *child, takes_new);
             }
         if (!new_links_written && !new_links_.empty()) {
             xml.writeStartElement(QStringLiteral("LGP"));
-            xml.writeAttribute(QStringLiteral("A"), QStringLiteral("LGP%1").arg(groups + 1));
+            xml.writeAttribute(QStringLiteral("A"), format_id("LGP", group_numbers.free_number()));
             xml.writeAttribute(QStringLiteral("B"), QStringLiteral("1"));
             for (Node* node : new_links_)
                 write_link(xml, *node, {});
