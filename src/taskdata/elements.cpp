@@ -144,30 +144,48 @@ unsigned int Linestring::get_num_points() const {
 
 void Linestring::set_type(unsigned int index, unsigned char type) {
     if (valid_index(node_.get(), index))
-        node_->points->set(static_cast<int>(index), "A", QString::number(type));
+        node_->points->set(static_cast<int>(index), QByteArrayLiteral("A"), QString::number(type));
 }
 
 void Linestring::set_north(unsigned int index, double degrees) {
     if (valid_index(node_.get(), index) && std::isfinite(degrees))
-        node_->points->set(static_cast<int>(index), "C", detail::format_degrees(degrees));
+        node_->points->set(static_cast<int>(index), QByteArrayLiteral("C"),
+                           detail::format_degrees(degrees));
 }
 
 void Linestring::set_east(unsigned int index, double degrees) {
     if (valid_index(node_.get(), index) && std::isfinite(degrees))
-        node_->points->set(static_cast<int>(index), "D", detail::format_degrees(degrees));
+        node_->points->set(static_cast<int>(index), QByteArrayLiteral("D"),
+                           detail::format_degrees(degrees));
 }
 
 void Linestring::set_designator(unsigned int index, QString const& designator) {
     if (valid_index(node_.get(), index))
-        node_->points->set(static_cast<int>(index), "B", designator);
+        node_->points->set(static_cast<int>(index), QByteArrayLiteral("B"), designator);
 }
 
 void Linestring::add_points(Polyline const& polyline, bool, bool) {
+    if (!node_ || !node_->points)
+        return;
+    char north[detail::degrees_text_size];
+    char east[detail::degrees_text_size];
     for (QPointF const& offset : polyline) {
+        double const latitude = polyline.origin().y() + offset.y();
+        double const longitude = polyline.origin().x() + offset.x();
+        if (std::isfinite(latitude) && std::isfinite(longitude)) {
+            // What the calls below make, in one step: rings run to many
+            // thousands of points.
+            node_->points->append({{QLatin1String("A"), QLatin1String("2")},
+                                   {QLatin1String("C"),
+                                    QLatin1String(north, detail::format_degrees(latitude, north))},
+                                   {QLatin1String("D"),
+                                    QLatin1String(east, detail::format_degrees(longitude, east))}});
+            continue;
+        }
         unsigned int const index = create_new_point();
         set_type(index, 2);
-        set_north(index, polyline.origin().y() + offset.y());
-        set_east(index, polyline.origin().x() + offset.x());
+        set_north(index, latitude);
+        set_east(index, longitude);
     }
 }
 

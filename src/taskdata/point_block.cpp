@@ -41,6 +41,17 @@ void PointBlock::append(QXmlStreamAttributes const& attributes) {
     arena_ += '\0';
 }
 
+void PointBlock::append(std::initializer_list<std::pair<QLatin1String, QLatin1String>> attributes) {
+    starts_.push_back(static_cast<quint32>(arena_.size()));
+    for (auto const& [name, value] : attributes) {
+        arena_.append(name.data(), name.size());
+        arena_ += '\0';
+        arena_.append(value.data(), value.size());
+        arena_ += '\0';
+    }
+    arena_ += '\0';
+}
+
 int PointBlock::append_empty() {
     starts_.push_back(static_cast<quint32>(arena_.size()));
     arena_ += '\0';
@@ -56,7 +67,31 @@ std::vector<std::pair<QByteArray, QString>> PointBlock::take_last() {
     return result;
 }
 
+bool PointBlock::extends_at_end(int index, QByteArray const& name) const {
+    char const* p = arena_.constData() + starts_[static_cast<size_t>(index)];
+    while (*p != '\0') {
+        size_t const length = qstrlen(p);
+        if (name == p || (name.size() == 1 && (length != 1 || *p > name[0])))
+            return false;
+        p += length + 1;
+        p += qstrlen(p) + 1; // value
+    }
+    return p + 1 == arena_.constData() + arena_.size();
+}
+
 void PointBlock::set(int index, QByteArray const& name, QString const& value) {
+    if (extends_at_end(index, name)) {
+        // The common case while a line string is built, point by point and
+        // attribute by attribute: extend the last record in place.
+        arena_.chop(1);
+        arena_ += name;
+        arena_ += '\0';
+        QString const safe = xml_safe(value);
+        append_utf8(arena_, QStringRef(&safe));
+        arena_ += '\0';
+        arena_ += '\0';
+        return;
+    }
     Entries entries = decode(index);
     // Made safe here, since a lone surrogate would not survive UTF-8.
     QByteArray const utf8 = xml_safe(value).toUtf8();

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QXmlStreamAttributes>
 
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
 namespace TC::Task_data::detail {
@@ -18,6 +20,8 @@ public:
 
     // Appends a point with the given attributes, in their order.
     void append(QXmlStreamAttributes const& attributes);
+    // The same for attributes whose names and values are plain ASCII.
+    void append(std::initializer_list<std::pair<QLatin1String, QLatin1String>> attributes);
     // Appends a point without attributes and returns its index.
     int append_empty();
     // Takes the last point out and returns its attributes.
@@ -31,6 +35,9 @@ public:
     template <class F> void for_each(int index, F&& f) const;
 
 private:
+    // Whether the record of point `index` ends the arena, and `name` is not
+    // among its attributes and would go behind all of them.
+    bool extends_at_end(int index, QByteArray const& name) const;
     using Entries = std::vector<std::pair<QByteArray, QByteArray>>;
     Entries decode(int index) const;
     qsizetype record_size(int index) const;

@@ -1,20 +1,31 @@
 #include "taskdata/value_text.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace TC::Task_data::detail {
 
-QString format_degrees(double degrees) {
-    QString text = QString::number(degrees, 'f', 9);
-    if (text.contains(QLatin1Char('.'))) {
-        int end = text.size();
-        while (text.at(end - 1) == QLatin1Char('0'))
+int format_degrees(double degrees, char* text) {
+    // std::to_chars rounds exactly, like QString::number, and allocates
+    // nothing: large line strings format millions of these.
+    char* end =
+        std::to_chars(text, text + degrees_text_size, degrees, std::chars_format::fixed, 9).ptr;
+    if (std::find(text, end, '.') != end) {
+        while (end[-1] == '0')
             --end;
-        if (text.at(end - 1) == QLatin1Char('.'))
+        if (end[-1] == '.')
             --end;
-        text.truncate(end);
     }
-    if (text == QLatin1String("-0"))
-        return QStringLiteral("0");
-    return text;
+    if (end - text == 2 && text[0] == '-' && text[1] == '0') {
+        text[0] = '0';
+        end = text + 1;
+    }
+    return static_cast<int>(end - text);
+}
+
+QString format_degrees(double degrees) {
+    char text[degrees_text_size];
+    return QString::fromLatin1(text, format_degrees(degrees, text));
 }
 
 QString format_ddi(unsigned short ddi) {

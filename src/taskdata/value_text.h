@@ -9,6 +9,11 @@ namespace TC::Task_data::detail {
 // Degrees (PNT C/D, BSN C/D): fixed notation, at most nine fraction digits,
 // no trailing zeros ("52.5", "7", "-0.000000001"); minus zero is "0".
 QString format_degrees(double degrees);
+// The widest text of degrees: 309 digits, a sign, the point and nine more.
+constexpr int degrees_text_size = 320;
+// The same text into `text`, which holds degrees_text_size characters;
+// gives its length. Nothing is allocated.
+int format_degrees(double degrees, char* text);
 
 // A data dictionary identifier as hexBinary of two octets: "0001", "FFFF".
 QString format_ddi(unsigned short ddi);
