@@ -1,0 +1,105 @@
+// Position texts of base stations and the run's table of stations.
+#include "guidance/base_stations.h"
+
+#include "taskdata/element_man.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+using namespace TC::Task_data::Elements::Client;
+
+namespace {
+
+GeoPoint point_of(QByteArray const& text) {
+    return geo_position_point(parse_geo_position(text));
+}
+
+double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
+double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
+
+class StationTable : public ::testing::Test {
+protected:
+    StationTable() { owner.create(); }
+
+    Base_station station(int source, QByteArray const& text) {
+        return find_or_create_base_station(source, text, table, owner.get_client_root());
+    }
+
+    int count() const { return owner.get_client_root().base_stations().count(); }
+
+    static int up(Base_station const& station) {
+        int value = -1;
+        station.up().get(value);
+        return value;
+    }
+
+    Element_man owner;
+    BaseStationTable table;
+};
+
+} // namespace
+
+TEST(PositionText, GivesDegreesAndMetresInAnyLetterCase) {
+    for (QByteArray const& text : {QByteArray("{W84,N52D30M15.25S,E13D24M10.5S,34.5}"),
+                                   QByteArray("{w84,n52d30m15.25s,e13d24m10.5s,34.5}"),
+                                   // Braces anywhere, fields after the fourth ignored.
+                                   QByteArray("W84,{N52D30M15.25S},E13D24M10.5S,34.5,x}")}) {
+        GeoPoint const point = point_of(text);
+        EXPECT_DOUBLE_EQ(point.latitude, example_latitude) << text.constData();
+        EXPECT_DOUBLE_EQ(point.longitude, example_longitude) << text.constData();
+        EXPECT_DOUBLE_EQ(point.height, 34.5) << text.constData();
+    }
+}
+
+TEST(PositionText, SouthAndWestAreNegativeWhicheverFieldTheyStandIn) {
+    EXPECT_DOUBLE_EQ(point_of("{W84,S1D30M0S,W1D30M0S,0}").latitude, -1.5);
+    EXPECT_DOUBLE_EQ(point_of("{W84,S1D30M0S,W1D30M0S,0}").longitude, -1.5);
+    // The hemisphere letters are not checked against their field.
+    GeoPoint const swapped = point_of("{W84,E10D0M0S,N20D0M0S,0}");
+    EXPECT_DOUBLE_EQ(swapped.latitude, 10.0);
+    EXPECT_DOUBLE_EQ(swapped.longitude, 20.0);
+}
+
+TEST(PositionText, PartsThatAreNoNumbersOfTheirKindCountAsZero) {
+    // Without the closing "S" the seconds are empty; whole degrees and
+    // minutes only.
+    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M15.25,E0D0M0S,1}").latitude, 52.5);
+    EXPECT_DOUBLE_EQ(point_of("{W84,N12.5D30M0S,E0D0M0S,1}").latitude, 0.5);
+    EXPECT_DOUBLE_EQ(point_of("{W84,N1D2.5M0S,E0D0M0S,1}").latitude, 1.0);
+    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M0S,E13D0M0S,}").height, 0.0);
+    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M0S,E13D0M0S,high}").height, 0.0);
+}
+
+TEST(PositionText, BrokenShapesAreInvalid) {
+    for (char const* text :
+         {"", "{}", ",,,", "{W84,N52D30M15S,E13D24M10S}", "{WGS84,N52D30M15S,E13D24M10S,1}",
+          "{ W84,N52D30M15S,E13D24M10S,1}", "{W84,X52D30M15S,E13D24M10S,1}",
+          "{W84,N52D30,E13D24M10S,1}", "{W84,N52M30S,E13D24M10S,1}", "{W84,N52D30M1S,,1}",
+          "{W84,N52D30M1S,E,1}", "W84;N52D30M1S;E13D24M10S;1"}) {
+        GeoPosition const position = parse_geo_position(text);
+        EXPECT_FALSE(position.valid) << text;
+        GeoPoint const point = geo_position_point(position);
+        EXPECT_EQ(point.latitude, 0.0) << text;
+        EXPECT_EQ(point.longitude, 0.0) << text;
+        EXPECT_EQ(point.height, 0.0) << text;
+    }
+}
+
+TEST_F(StationTable, NoStationAndNoEntryOutsideTheRangeOrForABrokenText) {
+    QByteArray const text = "{W84,N52D30M15.25S,E13D24M10.5S,34.5}";
+    EXPECT_FALSE(station(0, text).valid());
+    EXPECT_FALSE(station(24, text).valid());
+    EXPECT_FALSE(station(-1, text).valid());
+    EXPECT_FALSE(station(5, "{W84,N52D30,E13D24M10.5S,34.5}").valid());
+    EXPECT_FALSE(station(5, QByteArray()).valid());
+    EXPECT_EQ(count(), 0);
+    EXPECT_TRUE(table.isEmpty());
+}
+
+TEST_F(StationTable, UpIsInMillimetresTruncatedTowardZeroWithinRange) {
+    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-0.0004}")), 0);
+    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-1.2345}")), -1234);
+    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,1e12}")), INT_MAX);
+    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-1e12}")), INT_MIN);
+}

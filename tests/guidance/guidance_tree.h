@@ -1,0 +1,129 @@
+#pragma once
+// A display tree of one field with guidance lines, built in a scratch
+// directory, and what the tool makes of it in "out".
+#include "test_support/test_support.h"
+
+#include "coordinates/points.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QStringList>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+inline void PrintTo(QString const& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace guidance_tree {
+
+using Lines = std::vector<std::string>;
+using Record = std::pair<float, float>;
+
+// The record that the display writes for a break in a curve.
+inline Record const separator{std::numeric_limits<float>::lowest(),
+                              std::numeric_limits<float>::lowest()};
+
+// A .crv file: the reference, 40 reserved bytes, then the records.
+inline QByteArray crv_file(GeoPoint reference, std::vector<Record> const& records) {
+    QByteArray bytes(64, '\0');
+    qToLittleEndian(reference.latitude, bytes.data());
+    qToLittleEndian(reference.longitude, bytes.data() + 8);
+    qToLittleEndian(reference.height, bytes.data() + 16);
+    for (Record const& record : records) {
+        char pair[8];
+        qToLittleEndian(record.first, pair);
+        qToLittleEndian(record.second, pair + 4);
+        bytes.append(pair, sizeof pair);
+    }
+    return bytes;
+}
+
+class GuidanceTree : public ::testing::Test {
+protected:
+    // A file below the one field of the tree, e.g. "ABLines/L/L.ini".
+    void write(QString const& relative, QByteArray const& content) const {
+        test_support::write_file(scratch.file("data/Clients/Client/Farm/Field/" + relative),
+                                 content);
+    }
+
+    test_support::ToolRun run(QStringList const& options = {}) const {
+        test_support::ToolRun result =
+            test_support::run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
+        EXPECT_EQ(result.exit_code, 0) << result.err.constData();
+        EXPECT_TRUE(result.err.isEmpty()) << result.err.constData();
+        return result;
+    }
+
+    // The set of the last run becomes the one the next run loads.
+    void load_saved() const {
+        for (char const* name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"}) {
+            QString const target = scratch.file(QStringLiteral("data/taskdata/") + name);
+            QFile::remove(target);
+            test_support::write_file(target, saved_file(name));
+        }
+    }
+
+    QByteArray saved_file(char const* name) const {
+        return test_support::read_file(scratch.file(QStringLiteral("out/") + name));
+    }
+
+    test_support::XmlElement saved() const {
+        return test_support::read_xml(scratch.file("out/TASKDATA.XML"));
+    }
+
+    // Every saved pattern as one line: its ID, designator, type, radius,
+    // base station link and correction, then per line string its type and
+    // points (type, designator, north, east).
+    Lines patterns() const {
+        Lines lines;
+        for (test_support::XmlElement const& pattern : saved().all("GPN")) {
+            QStringList line = {pattern.attribute("A"), pattern.attribute("B"),
+                                "type " + pattern.attribute("C")};
+            if (pattern.has_attribute("H"))
+                line << "radius " + pattern.attribute("H");
+            line << "station " + pattern.attribute("L")
+                 << "correction " + pattern.attribute("P231_correction");
+            for (test_support::XmlElement const& linestring : pattern.all("LSG")) {
+                line << "| LSG " + linestring.attribute("A") + ":";
+                for (test_support::XmlElement const& point : linestring.all("PNT"))
+                    line << point.attribute("A") + point.attribute("B") + " " +
+                                point.attribute("C") + " " + point.attribute("D");
+            }
+            lines.push_back(line.join(' ').toStdString());
+        }
+        return lines;
+    }
+
+    // Every saved base station as "BSN1 north east up".
+    Lines stations() const {
+        Lines lines;
+        for (test_support::XmlElement const& station : saved().all("BSN"))
+            lines.push_back(QStringList{station.attribute("A"), station.attribute("C"),
+                                        station.attribute("D"), station.attribute("E")}
+                                .join(' ')
+                                .toStdString());
+        return lines;
+    }
+
+    // The one saved pattern of that designator (a failure unless one).
+    test_support::XmlElement pattern(QString const& name) const {
+        QList<test_support::XmlElement> found;
+        for (test_support::XmlElement const& candidate : saved().all("GPN"))
+            if (candidate.attribute("B") == name)
+                found << candidate;
+        EXPECT_EQ(found.size(), 1) << "patterns named " << name.toStdString();
+        return found.value(0);
+    }
+
+    test_support::ScratchDir scratch;
+};
+
+} // namespace guidance_tree
