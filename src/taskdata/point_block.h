@@ -33,6 +33,8 @@ public:
 
     // Calls f(name, value) for each attribute of point `index`, in order.
     template <class F> void for_each(int index, F&& f) const;
+    // The same with each value as its stored UTF-8 bytes, without a copy.
+    template <class F> void for_each_bytes(int index, F&& f) const;
 
 private:
     // Whether the record of point `index` ends the arena, and `name` is not
@@ -51,7 +53,7 @@ private:
     qsizetype garbage_ = 0;
 };
 
-template <class F> void PointBlock::for_each(int index, F&& f) const {
+template <class F> void PointBlock::for_each_bytes(int index, F&& f) const {
     char const* p = arena_.constData() + starts_[static_cast<size_t>(index)];
     while (*p != '\0') {
         char const* name = p;
@@ -61,9 +63,15 @@ template <class F> void PointBlock::for_each(int index, F&& f) const {
         char const* value = ++p;
         while (*p != '\0')
             ++p;
-        f(QLatin1String(name, name_size), QString::fromUtf8(value, static_cast<int>(p - value)));
+        f(QLatin1String(name, name_size), QLatin1String(value, static_cast<int>(p - value)));
         ++p;
     }
+}
+
+template <class F> void PointBlock::for_each(int index, F&& f) const {
+    for_each_bytes(index, [&f](QLatin1String name, QLatin1String value) {
+        f(name, QString::fromUtf8(value.data(), value.size()));
+    });
 }
 
 } // namespace TC::Task_data::detail

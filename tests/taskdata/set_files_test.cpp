@@ -289,9 +289,15 @@ TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
     customer.designator().set(hostile, true);
     Partfield field = root().create_partfields(true);
     field.id().set(1, true);
+    // Plain points around ones whose text needs escaping or is not ASCII.
     Linestring line = field.create_polygon(true).create_linestring(true);
-    line.create_new_point();
-    line.set_designator(0, hostile);
+    QStringList const designators = {QStringLiteral("A"), hostile, QStringLiteral("Süd"),
+                                     QStringLiteral("B")};
+    for (QString const& designator : designators) {
+        unsigned int const index = line.create_new_point();
+        line.set_designator(index, designator);
+        line.set_north(index, 52.5 + index);
+    }
 
     QString const output = dir(QStringLiteral("out"));
     make_dirs(output);
@@ -301,7 +307,23 @@ TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
                              QStringLiteral("end") + QChar(QChar::ReplacementCharacter);
     XmlElement const written = read_xml(output + QStringLiteral("/TASKDATA.XML"));
     EXPECT_EQ(written.all(QStringLiteral("CTR"))[0].attribute(QStringLiteral("B")), expected);
-    EXPECT_EQ(written.all(QStringLiteral("PNT"))[0].attribute(QStringLiteral("B")), expected);
+    QList<XmlElement> const points = written.all(QStringLiteral("PNT"));
+    ASSERT_EQ(points.size(), 4);
+    QStringList const expected_designators = {QStringLiteral("A"), expected, QStringLiteral("Süd"),
+                                              QStringLiteral("B")};
+    for (int i = 0; i < points.size(); ++i) {
+        EXPECT_EQ(points[i].attribute(QStringLiteral("B")), expected_designators[i]);
+        EXPECT_EQ(points[i].attribute(QStringLiteral("C")), QString::number(52.5 + i));
+        EXPECT_EQ(points[i].attribute(QStringLiteral("A")), QStringLiteral("2"));
+    }
+    // Every point on a line of its own, indented alike.
+    QStringList indents;
+    for (QString const& text_line :
+         QString::fromUtf8(read_file(output + "/TASKDATA.XML")).split('\n'))
+        if (text_line.contains(QLatin1String("<PNT")))
+            indents << text_line.left(text_line.indexOf(QLatin1String("<PNT")));
+    QString const depth_four(4, QLatin1Char('\t'));
+    EXPECT_EQ(indents, QStringList({depth_four, depth_four, depth_four, depth_four}));
 }
 
 TEST_F(SetFiles, WrittenSetsPassTheSchema) {
