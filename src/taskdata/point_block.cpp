@@ -41,12 +41,12 @@ void PointBlock::append(QXmlStreamAttributes const& attributes) {
     arena_ += '\0';
 }
 
-void PointBlock::append(std::initializer_list<std::pair<QLatin1String, QLatin1String>> attributes) {
+void PointBlock::append(PlainAttribute const* attributes, size_t count) {
     starts_.push_back(static_cast<quint32>(arena_.size()));
-    for (auto const& [name, value] : attributes) {
-        arena_.append(name.data(), name.size());
+    for (size_t i = 0; i < count; ++i) {
+        arena_.append(attributes[i].name.data(), attributes[i].name.size());
         arena_ += '\0';
-        arena_.append(value.data(), value.size());
+        arena_.append(attributes[i].value.data(), attributes[i].value.size());
         arena_ += '\0';
     }
     arena_ += '\0';

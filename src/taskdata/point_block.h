@@ -14,6 +14,12 @@
 
 namespace TC::Task_data::detail {
 
+// An attribute whose name and value are plain ASCII, as bytes held elsewhere.
+struct PlainAttribute {
+    QLatin1String name;
+    QLatin1String value;
+};
+
 class PointBlock {
 public:
     int count() const { return static_cast<int>(starts_.size()); }
@@ -21,7 +27,12 @@ public:
     // Appends a point with the given attributes, in their order.
     void append(QXmlStreamAttributes const& attributes);
     // The same for attributes whose names and values are plain ASCII.
-    void append(std::initializer_list<std::pair<QLatin1String, QLatin1String>> attributes);
+    void append(std::initializer_list<PlainAttribute> attributes) {
+        append(attributes.begin(), attributes.size());
+    }
+    void append(std::vector<PlainAttribute> const& attributes) {
+        append(attributes.data(), attributes.size());
+    }
     // Appends a point without attributes and returns its index.
     int append_empty();
     // Takes the last point out and returns its attributes.
@@ -37,6 +48,7 @@ public:
     template <class F> void for_each_bytes(int index, F&& f) const;
 
 private:
+    void append(PlainAttribute const* attributes, size_t count);
     // Whether the record of point `index` ends the arena, and `name` is not
     // among its attributes and would go behind all of them.
     bool extends_at_end(int index, QByteArray const& name) const;

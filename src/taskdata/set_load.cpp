@@ -1,3 +1,4 @@
+#include "taskdata/point_runs.h"
 #include "taskdata/set_files.h"
 
 #include <QDir>
@@ -5,6 +6,11 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <optional>
 
 namespace TC::Task_data::detail {
 
@@ -36,12 +42,23 @@ public:
 
 private:
     struct Frame {
-        Node* node;
+        Node* node;         // null inside an XFR, whose content is not read
         bool compact_point; // a PNT stored in its line string's point block
     };
 
-    bool start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Document kind,
-                       QString& error);
+    // One document on its way through the XML reader.
+    struct Parse {
+        QString const& path;
+        Document kind;
+        Node* into;
+        QXmlStreamReader xml;
+        std::vector<Frame> stack;
+        bool seen_root = false;
+        int line_strings = 0; // LSG elements started so far
+    };
+
+    bool take_run(Parse& parse, char const* begin, char const* end, int line_string);
+    bool start_element(Parse& parse, QString& error);
     void expand_compact_point(std::vector<Frame>& stack);
     bool read_external(QString const& name, QString& error);
     static QString located(QXmlStreamReader const& xml, QString const& path, QString const& what);
@@ -58,64 +75,182 @@ QString Reader::located(QXmlStreamReader const& xml, QString const& path, QStrin
         .arg(what);
 }
 
+// The text of a file as the XML reader gets it: read piece by piece, with
+// each run of plain points handed to `take_run` once the reader has had all
+// text before it. When that takes the points, the reader gets as many line
+// breaks instead, so that the lines it names in errors stay true; otherwise
+// it gets the run as it stands.
+class PointRunFilter : public QIODevice {
+public:
+    using TakeRun = std::function<bool(char const* begin, char const* end, int line_string)>;
+
+    PointRunFilter(QFile& file, TakeRun take_run) : file_(file), take_run_(std::move(take_run)) {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    bool isSequential() const override { return true; }
+    bool atEnd() const override { return pending() == 0 && exhausted(); }
+    qint64 bytesAvailable() const override { return pending() + QIODevice::bytesAvailable(); }
+    QString read_error() const { return read_error_; }
+
+protected:
+    qint64 readData(char* data, qint64 size) override {
+        while (pending() == 0 && !exhausted() && read_error_.isEmpty())
+            produce();
+        qint64 const count = std::min<qint64>(size, pending());
+        std::memcpy(data, out_.constData() + out_taken_, static_cast<size_t>(count));
+        out_taken_ += count;
+        return read_error_.isEmpty() ? count : -1;
+    }
+
+    qint64 writeData(char const*, qint64) override { return -1; }
+
+private:
+    bool exhausted() const { return final_ && !run_ && from_ >= text_.size(); }
+    qint64 pending() const { return out_.size() - out_taken_; }
+
+    // Fills `out_` with what the reader gets next.
+    void produce() {
+        out_taken_ = 0;
+        if (run_) {
+            char const* const begin = text_.constData() + from_;
+            char const* const end = text_.constData() + run_->run_end;
+            if (take_run_(begin, end, run_->line_string))
+                out_ = QByteArray(static_cast<int>(std::count(begin, end, '\n')), '\n');
+            else
+                out_ = QByteArray(begin, static_cast<int>(end - begin));
+            from_ = run_->run_end;
+            run_.reset();
+            return;
+        }
+        PointRunScanner::Step const step = scanner_.next(text_, from_, final_);
+        out_ = text_.mid(from_, step.ordinary_end - from_);
+        from_ = step.ordinary_end;
+        if (step.run)
+            run_ = step; // taken when the reader has had `out_`
+        else if (!final_)
+            read_piece();
+    }
+
+    void read_piece() {
+        constexpr qint64 piece_size = 1 << 22;
+        QByteArray const piece = file_.read(piece_size);
+        if (file_.error() != QFileDevice::NoError)
+            read_error_ = file_.errorString();
+        final_ = piece.isEmpty();
+        text_.remove(0, static_cast<int>(from_));
+        text_ += piece;
+        from_ = 0;
+    }
+
+    QFile& file_;
+    TakeRun take_run_;
+    PointRunScanner scanner_;
+    QByteArray text_;
+    qsizetype from_ = 0;
+    bool final_ = false;
+    std::optional<PointRunScanner::Step> run_;
+    QByteArray out_;
+    qint64 out_taken_ = 0; // of out_, what the reader has had
+    QString read_error_;
+};
+
 bool Reader::read(QString const& path, Document kind, Node* into, QString& error) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
         return false;
     }
-    QXmlStreamReader xml(&file);
+    Parse parse{path, kind, into, QXmlStreamReader(), {}, false, 0};
+    PointRunFilter filter(file, [&](char const* begin, char const* end, int line_string) {
+        return take_run(parse, begin, end, line_string);
+    });
+    QXmlStreamReader& xml = parse.xml;
+    xml.setDevice(&filter);
     // Namespace declarations stay plain attributes, and so are kept.
     xml.setNamespaceProcessing(false);
-    QString const& expected = kind == Document::task_data       ? taskdata_root
-                              : kind == Document::external_file ? external_root
-                                                                : link_list_root;
-    std::vector<Frame> stack;
-    bool seen_root = false;
     while (!xml.atEnd()) {
         switch (xml.readNext()) {
         case QXmlStreamReader::StartElement:
-            if (stack.empty()) {
-                if (seen_root || xml.qualifiedName() != expected) {
-                    error = located(xml, path,
-                                    QStringLiteral("not an ISO 11783 %1 file: root element <%2>")
-                                        .arg(expected, xml.qualifiedName().toString()));
-                    return false;
-                }
-                seen_root = true;
-                if (kind != Document::external_file)
-                    copy_attributes(*into, xml.attributes());
-                stack.push_back({into, false});
-            } else if (!start_element(xml, stack, kind, error)) {
-                if (error.isEmpty())
-                    error = located(xml, path, QStringLiteral("elements nested too deeply"));
+            if (!start_element(parse, error))
                 return false;
-            }
             break;
         case QXmlStreamReader::EndElement:
-            stack.pop_back();
+            parse.stack.pop_back();
             break;
         default:
             break;
         }
     }
+    if (!filter.read_error().isEmpty()) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, filter.read_error());
+        return false;
+    }
     if (xml.hasError()) {
         error = located(xml, path, xml.errorString());
         return false;
     }
-    if (!seen_root) {
+    if (!parse.seen_root) {
         error = QStringLiteral("%1: no root element").arg(path);
         return false;
     }
     return true;
 }
 
-bool Reader::start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Document kind,
-                           QString& error) {
+// Takes the points of a run into their line string when the reader stands
+// in that very LSG; false leaves them to the reader.
+bool Reader::take_run(Parse& parse, char const* begin, char const* end, int line_string) {
+    if (parse.stack.empty() || parse.line_strings != line_string)
+        return false;
+    Frame const& top = parse.stack.back();
+    if (!top.node || !top.node->points || top.compact_point)
+        return false;
+    PointBlock& points = *top.node->points;
+    UidPool& point_numbers = tree_.uids["PNT"];
+    for_each_plain_point(begin, end, [&](PlainAttributes const& attributes) {
+        points.append(attributes);
+        for (PlainAttribute const& attribute : attributes) {
+            int number = 0;
+            if (attribute.name == QLatin1String("G") &&
+                parse_id("PNT", QString(attribute.value), number))
+                point_numbers.mark(number);
+        }
+    });
+    return true;
+}
+
+bool Reader::start_element(Parse& parse, QString& error) {
+    QXmlStreamReader& xml = parse.xml;
+    std::vector<Frame>& stack = parse.stack;
+    // Counted as the point run scanner counts them, wherever they stand.
+    if (xml.qualifiedName() == QLatin1String("LSG"))
+        ++parse.line_strings;
+    if (stack.empty()) {
+        QString const& expected = parse.kind == Document::task_data       ? taskdata_root
+                                  : parse.kind == Document::external_file ? external_root
+                                                                          : link_list_root;
+        if (parse.seen_root || xml.qualifiedName() != expected) {
+            error = located(xml, parse.path,
+                            QStringLiteral("not an ISO 11783 %1 file: root element <%2>")
+                                .arg(expected, xml.qualifiedName().toString()));
+            return false;
+        }
+        parse.seen_root = true;
+        if (parse.kind != Document::external_file)
+            copy_attributes(*parse.into, xml.attributes());
+        stack.push_back({parse.into, false});
+        return true;
+    }
+    if (static_cast<int>(stack.size()) >= max_depth) {
+        error = located(xml, parse.path, QStringLiteral("elements nested too deeply"));
+        return false;
+    }
+    if (!stack.back().node) {
+        stack.push_back({nullptr, false});
+        return true;
+    }
     if (stack.back().compact_point)
         expand_compact_point(stack);
-    if (static_cast<int>(stack.size()) >= max_depth)
-        return false;
     Node* parent = stack.back().node;
     QStringRef const name = xml.qualifiedName();
 
@@ -127,10 +262,11 @@ bool Reader::start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Doc
         stack.push_back({parent, true});
         return true;
     }
-    if (kind == Document::task_data && parent == tree_.root.get() && name == QLatin1String("XFR")) {
+    if (parse.kind == Document::task_data && parent == tree_.root.get() &&
+        name == QLatin1String("XFR")) {
         if (!read_external(xml.attributes().value(QLatin1String("A")).toString(), error))
             return false;
-        xml.skipCurrentElement();
+        stack.push_back({nullptr, false});
         return true;
     }
 
@@ -139,7 +275,7 @@ bool Reader::start_element(QXmlStreamReader& xml, std::vector<Frame>& stack, Doc
     if (parent->points)
         node->point_anchor = parent->points->count();
     Node* raw = node.get();
-    if (kind == Document::link_list)
+    if (parse.kind == Document::link_list)
         parent->children.push_back(std::move(node));
     else {
         tree_.append_child(parent, std::move(node));

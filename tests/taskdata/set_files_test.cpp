@@ -96,6 +96,54 @@ TEST_F(SetFiles, UntouchedTextIsWrittenBackExactly) {
     EXPECT_EQ(point.attribute(QStringLiteral("D")), QStringLiteral("+15.10"));
 }
 
+// Long line strings are read past the XML reader where their points are
+// plain; every other form around them must come back as it was, also where
+// the file is read in several pieces.
+TEST_F(SetFiles, PointsOfEveryFormComeBackInOrderAcrossLongFiles) {
+    QByteArray text = minimal_root + ">\n<PFD A=\"PFD1\" C=\"f\" D=\"1\">\n"
+                                     "<PLN A=\"1\" B=\"a > b\"><LSG A=\"1\" B=\"x>y\">\n";
+    for (int i = 0; i < 150000; ++i) {
+        text += "\t<PNT A=\"2\" C=\"" + QByteArray::number(52.0 + i * 1e-6, 'f', 9) + "\" D='" +
+                QByteArray::number(9.0 - i * 1e-6, 'f', 9) + "'/>\n";
+        if (i % 40000 == 7) {
+            text += "<PNT A=\"2\" B=\"a&amp;b\" C=\"1\" D=\"2\"/>"
+                    "<!-- <PNT A=\"9\" C=\"0\" D=\"0\"/> -->"
+                    "<PNT A=\"6\" B=\"Süd\" C=\"1\" D=\"2\"/>"
+                    "<PNT A=\"7\" C=\"1\" D=\"2\"><P9_Y/></PNT>"
+                    "<![CDATA[<PNT A=\"9\"/>]]>"
+                    "<P9_X q=\"PNT/> >\" r=\"&lt;PNT A=&quot;1&quot;/>\"/>"
+                    "<PNT A=\"2\"\tC=\"3\"\nD=\"4\" G=\"PNT1\" />\n";
+        }
+    }
+    text += "</LSG></PLN><LSG A=\"2\"/>\n<PNT A=\"1\" C=\"5\" D=\"6\"/>"
+            "<PNT A=\"1\" C=\"7\" D=\"8\"/>\n</PFD></ISO11783_TaskData>\n";
+    write_file(dir(QStringLiteral("in/TASKDATA.XML")), text);
+    QString error;
+    ASSERT_TRUE(load(dir(QStringLiteral("in")), &error)) << error.toStdString();
+    // Flag points after a line string stay points of the field.
+    EXPECT_EQ(root().partfields()[0].num_point(), 2u);
+    EXPECT_EQ(man.get_free_uid(QStringLiteral("PNT"), false), 2);
+
+    make_dirs(dir(QStringLiteral("out")));
+    save(dir(QStringLiteral("out")));
+    EXPECT_EQ(difference(read_xml(dir(QStringLiteral("in/TASKDATA.XML"))),
+                         read_xml(dir(QStringLiteral("out/TASKDATA.XML")))),
+              QString());
+}
+
+// The reader names the true line of an error behind a long run of points.
+TEST_F(SetFiles, ErrorsBehindPointsNameTheirLine) {
+    QByteArray text =
+        minimal_root + ">\n<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">\n";
+    for (int i = 0; i < 1000; ++i)
+        text += "<PNT A=\"2\" C=\"1\" D=\"2\"/>\n";
+    text += "</LSG></PLN>\n<PFD></ISO11783_TaskData>\n"; // line 1004
+    write_file(dir(QStringLiteral("in/TASKDATA.XML")), text);
+    QString error;
+    EXPECT_FALSE(load(dir(QStringLiteral("in")), &error));
+    EXPECT_TRUE(error.contains(QLatin1String("TASKDATA.XML:1004:"))) << error.toStdString();
+}
+
 TEST_F(SetFiles, ExternalFilesAreReadInPlaceAndWrittenAsOneFile) {
     QString const input = dir(QStringLiteral("in"));
     write_file(input + QStringLiteral("/TASKDATA.XML"),
