@@ -53,6 +53,12 @@ void Attribute::set_text(QString const& text) const {
         node->set_value(name_, text);
 }
 
+void Attribute::clear_value() const {
+    if (auto node = node_.lock())
+        if (Attr* attr = node->find_attr(name_))
+            attr->has_value = false;
+}
+
 bool String::get(QString& value) const {
     return get_text(value);
 }
@@ -138,8 +144,11 @@ void LinkedID::set(int number, bool) {
 }
 
 void LinkedID::set(Elements::Client::Element const& element) {
-    if (!element.node_)
+    // A line that has lost its base station must not keep naming the former.
+    if (!element.node_) {
+        clear_value();
         return;
+    }
     QString const id = element.node_->value(detail::id_attribute(element.node_->tag));
     if (!id.isEmpty())
         set_text(id);

@@ -35,6 +35,8 @@ protected:
     // The stored text; false when the attribute is absent or has no value.
     bool get_text(QString& text) const;
     void set_text(QString const& text) const;
+    // The attribute holds no value any more and is not written.
+    void clear_value() const;
 
     std::weak_ptr<detail::Node> node_;
     QByteArray name_;
@@ -116,7 +118,8 @@ public:
     bool get(QString& id) const;
     // A reference to the element of that number.
     void set(int number, bool = true);
-    // A reference to that element, by its current ID; nothing when it has none.
+    // A reference to that element, by its current ID; nothing when it has
+    // none. An invalid handle drops the reference.
     void set(Elements::Client::Element const& element);
 
 private:

@@ -190,6 +190,18 @@ TEST_F(Elements, ExcludedAndUnsetAttributesAreNotWritten) {
     EXPECT_FALSE(written.all(QStringLiteral("PFD"))[0].has_attribute(QStringLiteral("P231_unset")));
 }
 
+TEST_F(Elements, ALinkToAnInvalidElementDropsTheReference) {
+    Base_station station = root().create_base_stations(true);
+    station.id().set(1, true);
+    Guidance_pattern pattern =
+        root().create_partfields(true).create_guidance_paths(true).create_patterns(true);
+    pattern.base_station().set(station);
+    EXPECT_EQ(saved().all(QStringLiteral("GPN"))[0].attribute(QStringLiteral("L")),
+              QStringLiteral("BSN1"));
+    pattern.base_station().set(Base_station());
+    EXPECT_FALSE(saved().all(QStringLiteral("GPN"))[0].has_attribute(QStringLiteral("L")));
+}
+
 TEST_F(Elements, RequiredAttributesThatNothingSetGetNeutralValues) {
     Partfield field = root().create_partfields(true);
     field.id().set(1, true);
