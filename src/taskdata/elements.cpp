@@ -3,6 +3,7 @@
 #include "taskdata/task_data.h"
 #include "taskdata/value_text.h"
 
+#include <charconv>
 #include <cmath>
 
 namespace TC::Task_data {
@@ -142,21 +143,31 @@ unsigned int Linestring::get_num_points() const {
     return node_ && node_->points ? static_cast<unsigned int>(node_->points->count()) : 0;
 }
 
+// Numbers are formatted into a buffer and stored as they are: curves and
+// boundaries set millions of them.
 void Linestring::set_type(unsigned int index, unsigned char type) {
-    if (valid_index(node_.get(), index))
-        node_->points->set(static_cast<int>(index), QByteArrayLiteral("A"), QString::number(type));
+    if (!valid_index(node_.get(), index))
+        return;
+    char text[4];
+    char const* const end = std::to_chars(text, text + sizeof text, type).ptr;
+    node_->points->set(static_cast<int>(index), QByteArrayLiteral("A"),
+                       QLatin1String(text, static_cast<int>(end - text)));
 }
 
 void Linestring::set_north(unsigned int index, double degrees) {
-    if (valid_index(node_.get(), index) && std::isfinite(degrees))
-        node_->points->set(static_cast<int>(index), QByteArrayLiteral("C"),
-                           detail::format_degrees(degrees));
+    if (!valid_index(node_.get(), index) || !std::isfinite(degrees))
+        return;
+    char text[detail::degrees_text_size];
+    node_->points->set(static_cast<int>(index), QByteArrayLiteral("C"),
+                       QLatin1String(text, detail::format_degrees(degrees, text)));
 }
 
 void Linestring::set_east(unsigned int index, double degrees) {
-    if (valid_index(node_.get(), index) && std::isfinite(degrees))
-        node_->points->set(static_cast<int>(index), QByteArrayLiteral("D"),
-                           detail::format_degrees(degrees));
+    if (!valid_index(node_.get(), index) || !std::isfinite(degrees))
+        return;
+    char text[detail::degrees_text_size];
+    node_->points->set(static_cast<int>(index), QByteArrayLiteral("D"),
+                       QLatin1String(text, detail::format_degrees(degrees, text)));
 }
 
 void Linestring::set_designator(unsigned int index, QString const& designator) {

@@ -79,6 +79,19 @@ bool PointBlock::extends_at_end(int index, QByteArray const& name) const {
     return p + 1 == arena_.constData() + arena_.size();
 }
 
+void PointBlock::set(int index, QByteArray const& name, QLatin1String value) {
+    if (!extends_at_end(index, name)) {
+        set(index, name, QString(value));
+        return;
+    }
+    arena_.chop(1);
+    arena_ += name;
+    arena_ += '\0';
+    arena_.append(value.data(), value.size());
+    arena_ += '\0';
+    arena_ += '\0';
+}
+
 void PointBlock::set(int index, QByteArray const& name, QString const& value) {
     if (extends_at_end(index, name)) {
         // The common case while a line string is built, point by point and

@@ -40,6 +40,8 @@ public:
 
     // Stores one attribute of point `index`; a new name goes in schema order.
     void set(int index, QByteArray const& name, QString const& value);
+    // The same for a value of plain ASCII, such as a number's text.
+    void set(int index, QByteArray const& name, QLatin1String value);
     QString get(int index, QByteArray const& name) const;
 
     // Calls f(name, value) for each attribute of point `index`, in order.
