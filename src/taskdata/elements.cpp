@@ -176,27 +176,11 @@ void Linestring::set_designator(unsigned int index, QString const& designator) {
 }
 
 void Linestring::add_points(Polyline const& polyline, bool, bool) {
-    if (!node_ || !node_->points)
-        return;
-    char north[detail::degrees_text_size];
-    char east[detail::degrees_text_size];
     for (QPointF const& offset : polyline) {
-        double const latitude = polyline.origin().y() + offset.y();
-        double const longitude = polyline.origin().x() + offset.x();
-        if (std::isfinite(latitude) && std::isfinite(longitude)) {
-            // What the calls below make, in one step: rings run to many
-            // thousands of points.
-            node_->points->append({{QLatin1String("A"), QLatin1String("2")},
-                                   {QLatin1String("C"),
-                                    QLatin1String(north, detail::format_degrees(latitude, north))},
-                                   {QLatin1String("D"),
-                                    QLatin1String(east, detail::format_degrees(longitude, east))}});
-            continue;
-        }
         unsigned int const index = create_new_point();
         set_type(index, 2);
-        set_north(index, latitude);
-        set_east(index, longitude);
+        set_north(index, polyline.origin().y() + offset.y());
+        set_east(index, polyline.origin().x() + offset.x());
     }
 }
 

@@ -41,12 +41,12 @@ void PointBlock::append(QXmlStreamAttributes const& attributes) {
     arena_ += '\0';
 }
 
-void PointBlock::append(PlainAttribute const* attributes, size_t count) {
+void PointBlock::append(std::vector<PlainAttribute> const& attributes) {
     starts_.push_back(static_cast<quint32>(arena_.size()));
-    for (size_t i = 0; i < count; ++i) {
-        arena_.append(attributes[i].name.data(), attributes[i].name.size());
+    for (PlainAttribute const& attribute : attributes) {
+        arena_.append(attribute.name.data(), attribute.name.size());
         arena_ += '\0';
-        arena_.append(attributes[i].value.data(), attributes[i].value.size());
+        arena_.append(attribute.value.data(), attribute.value.size());
         arena_ += '\0';
     }
     arena_ += '\0';

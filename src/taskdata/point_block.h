@@ -8,7 +8,6 @@
 #include <QString>
 #include <QXmlStreamAttributes>
 
-#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -27,12 +26,7 @@ public:
     // Appends a point with the given attributes, in their order.
     void append(QXmlStreamAttributes const& attributes);
     // The same for attributes whose names and values are plain ASCII.
-    void append(std::initializer_list<PlainAttribute> attributes) {
-        append(attributes.begin(), attributes.size());
-    }
-    void append(std::vector<PlainAttribute> const& attributes) {
-        append(attributes.data(), attributes.size());
-    }
+    void append(std::vector<PlainAttribute> const& attributes);
     // Appends a point without attributes and returns its index.
     int append_empty();
     // Takes the last point out and returns its attributes.
@@ -50,7 +44,6 @@ public:
     template <class F> void for_each_bytes(int index, F&& f) const;
 
 private:
-    void append(PlainAttribute const* attributes, size_t count);
     // Whether the record of point `index` ends the arena, and `name` is not
     // among its attributes and would go behind all of them.
     bool extends_at_end(int index, QByteArray const& name) const;
