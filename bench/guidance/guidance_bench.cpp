@@ -9,6 +9,7 @@
 // Usage: guidance_bench [FIELDS]   (default 2000)
 
 #include "bench_support/machine.h"
+#include "bench_support/tool_runs.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -16,16 +17,10 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
 #include <vector>
 
 namespace {
@@ -129,61 +124,22 @@ void generate_tree(QString const& data, int fields) {
     }
 }
 
-struct Run {
-    double seconds = 0.0;
-    long peak_rss_kb = 0;
-};
+using bench_support::ToolRun;
 
-// The tool as a child process, timed from start to exit.
-Run run_tool(std::vector<std::string> arguments) {
-    std::vector<char*> argv;
-    std::string tool = TDM_TOOL;
-    argv.push_back(tool.data());
-    for (std::string& argument : arguments)
-        argv.push_back(argument.data());
-    argv.push_back(nullptr);
-
-    auto const start = Clock::now();
-    pid_t const child = fork();
-    if (child < 0)
-        fail("cannot start", QString::fromStdString(tool));
-    if (child == 0) {
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage{};
-    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        fail("the run failed:", QString::fromStdString(tool));
-    Run run;
-    run.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    run.peak_rss_kb = usage.ru_maxrss;
+ToolRun run_tool(QStringList const& arguments) {
+    ToolRun const run = bench_support::run_tool(QStringLiteral(TDM_TOOL), arguments);
+    if (!run.succeeded)
+        fail("the run failed:", QStringLiteral(TDM_TOOL));
     return run;
 }
 
-// How often `needle` stands in the file, read in blocks.
-long long occurrences(QString const& path, QByteArray const& needle) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        fail("cannot read", path);
-    long long count = 0;
-    QByteArray carry;
-    while (!file.atEnd()) {
-        QByteArray const block = carry + file.read(1 << 24);
-        for (int at = block.indexOf(needle); at >= 0; at = block.indexOf(needle, at + 1))
-            ++count;
-        carry = block.right(needle.size() - 1);
-    }
-    return count;
-}
-
-void report(char const* what, Run const& run, int fields, qint64 set_bytes) {
+void report(char const* what, ToolRun const& run, int fields, qint64 set_bytes) {
     double const lines = static_cast<double>(fields) * lines_per_field;
     double const points = static_cast<double>(fields) * curves_per_field * points_per_curve;
     std::printf("%-32s %7.2f s %10.0f lines/s %8.2f million curve points/s   peak RSS %5.0f MB"
                 "   set %5.0f MB\n",
                 what, run.seconds, lines / run.seconds, points / run.seconds / 1e6,
-                run.peak_rss_kb / 1024.0, set_bytes / 1e6);
+                run.peak_rss_kib / 1024.0, set_bytes / 1e6);
     std::fflush(stdout);
 }
 
@@ -211,18 +167,18 @@ int main(int argc, char** argv) {
                 std::chrono::duration<double>(Clock::now() - start).count());
     std::fflush(stdout);
 
-    Run const fresh = run_tool({"-O", first.toStdString(), data.toStdString()});
+    ToolRun const fresh = run_tool({QStringLiteral("-O"), first, data});
     qint64 const first_size = QFile(first + QStringLiteral("/TASKDATA.XML")).size();
     report("onto an empty set", fresh, fields, first_size);
 
     // The first run's set becomes the one the second run loads.
     if (!QDir().rename(first, data + QStringLiteral("/taskdata")))
         fail("cannot move", first);
-    Run const merged = run_tool({"-m", "-O", second.toStdString(), data.toStdString()});
+    ToolRun const merged = run_tool({QStringLiteral("-m"), QStringLiteral("-O"), second, data});
     QString const second_set = second + QStringLiteral("/TASKDATA.XML");
     report("with -m onto the saved set", merged, fields, QFile(second_set).size());
 
-    long long const patterns = occurrences(second_set, "<GPN ");
+    long long const patterns = bench_support::count_in_file(second_set, "<GPN ");
     long long const expected = static_cast<long long>(fields) * lines_per_field;
     std::printf("second run / first run: %.2f; patterns after the second run: %lld of %lld%s\n",
                 merged.seconds / fresh.seconds, patterns, expected,

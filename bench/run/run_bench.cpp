@@ -10,16 +10,13 @@
 #include "display_tree.h"
 
 #include "bench_support/machine.h"
+#include "bench_support/tool_runs.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
-
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
@@ -28,69 +25,37 @@
 #include <cstdlib>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
-struct Run {
-    double seconds = 0.0;
-    long peak_rss_kib = 0;
-};
+using bench_support::ToolRun;
 
 [[noreturn]] void fail(QString const& message) {
     std::fprintf(stderr, "%s\n", qPrintable(message));
     std::exit(1);
 }
 
-// Runs the tool with `args` and waits for it; fails on a non-zero status.
-Run run_tool(QStringList const& args) {
-    std::vector<QByteArray> storage{QByteArray(TDM_TOOL)};
-    for (QString const& arg : args)
-        storage.push_back(arg.toLocal8Bit());
-    std::vector<char*> argv;
-    for (QByteArray& arg : storage)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
-
-    auto const start = std::chrono::steady_clock::now();
-    pid_t pid = 0;
-    if (posix_spawn(&pid, TDM_TOOL, nullptr, nullptr, argv.data(), environ) != 0)
-        fail(QStringLiteral("cannot start %1").arg(QLatin1String(TDM_TOOL)));
-    int status = 0;
-    rusage usage{};
-    if (wait4(pid, &status, 0, &usage) != pid)
-        fail(QStringLiteral("lost the tool's process"));
-    Run run;
-    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    run.peak_rss_kib = usage.ru_maxrss;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+ToolRun run_tool(QStringList const& args) {
+    ToolRun const run = bench_support::run_tool(QStringLiteral(TDM_TOOL), args);
+    if (!run.succeeded)
         fail(QStringLiteral("the tool failed on: %1").arg(args.join(QLatin1Char(' '))));
     return run;
 }
 
 // Points in a written set: every PNT element of TASKDATA.XML.
 long long count_points(QString const& set_dir) {
-    QFile file(set_dir + QStringLiteral("/TASKDATA.XML"));
-    if (!file.open(QIODevice::ReadOnly))
+    long long const count =
+        bench_support::count_in_file(set_dir + QStringLiteral("/TASKDATA.XML"), "<PNT");
+    if (count < 0)
         fail(QStringLiteral("no TASKDATA.XML in %1").arg(set_dir));
-    QByteArray const tag("<PNT");
-    long long count = 0;
-    QByteArray carry;
-    while (!file.atEnd()) {
-        QByteArray const block = carry + file.read(1 << 22);
-        for (int at = block.indexOf(tag); at >= 0; at = block.indexOf(tag, at + tag.size()))
-            ++count;
-        carry = block.right(tag.size() - 1);
-    }
     return count;
 }
 
-Run median(std::vector<Run> runs) {
+ToolRun median(std::vector<ToolRun> runs) {
     std::sort(runs.begin(), runs.end(),
-              [](Run const& a, Run const& b) { return a.seconds < b.seconds; });
-    Run result = runs[runs.size() / 2];
+              [](ToolRun const& a, ToolRun const& b) { return a.seconds < b.seconds; });
+    ToolRun result = runs[runs.size() / 2];
     std::vector<long> rss;
-    for (Run const& run : runs)
+    for (ToolRun const& run : runs)
         rss.push_back(run.peak_rss_kib);
     std::sort(rss.begin(), rss.end());
     result.peak_rss_kib = rss[rss.size() / 2];
@@ -110,11 +75,11 @@ struct Measured {
     double scale = 0.0;
     long long points = 0;        // written by the first run
     long long merged_points = 0; // by the -m run, which adds its line groups again
-    Run fresh;
-    Run merged;
+    ToolRun fresh;
+    ToolRun merged;
 };
 
-void report(char const* what, long long points, Run const& run) {
+void report(char const* what, long long points, ToolRun const& run) {
     double const rss_bytes = run.peak_rss_kib * 1024.0;
     std::printf("  %-30s %7.2f s  %6.2f M points/s  peak RSS %7.1f MB  %6.1f bytes/point\n", what,
                 run.seconds, points / run.seconds / 1e6, rss_bytes / 1e6, rss_bytes / points);
@@ -133,7 +98,7 @@ Measured measure(QString const& scratch, double scale, std::uint32_t seed, int r
 
     Measured result;
     result.scale = scale;
-    std::vector<Run> fresh;
+    std::vector<ToolRun> fresh;
     for (int i = 0; i < runs; ++i) {
         QDir(first).removeRecursively();
         fresh.push_back(run_tool({QStringLiteral("-O"), first, data}));
@@ -144,7 +109,7 @@ Measured measure(QString const& scratch, double scale, std::uint32_t seed, int r
     // The second run starts from the first run's set, where the tool looks
     // for a set of the display's own.
     copy_set(first, data + QStringLiteral("/taskdata"));
-    std::vector<Run> merged;
+    std::vector<ToolRun> merged;
     for (int i = 0; i < runs; ++i) {
         QDir(second).removeRecursively();
         merged.push_back(run_tool({QStringLiteral("-m"), QStringLiteral("-O"), second, data}));

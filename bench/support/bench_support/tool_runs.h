@@ -1,0 +1,69 @@
+#pragma once
+// Runs of the tool itself, as a user starts it: a child process, timed from
+// start to exit, with its peak resident set; and counts of elements in what
+// it wrote.
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <QStringList>
+
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <vector>
+
+extern char** environ;
+
+namespace bench_support {
+
+struct ToolRun {
+    bool succeeded = false; // started, and ended with status 0
+    double seconds = 0.0;
+    long peak_rss_kib = 0;
+};
+
+inline ToolRun run_tool(QString const& program, QStringList const& arguments) {
+    std::vector<QByteArray> storage{program.toLocal8Bit()};
+    for (QString const& argument : arguments)
+        storage.push_back(argument.toLocal8Bit());
+    std::vector<char*> argv;
+    for (QByteArray& argument : storage)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+
+    ToolRun run;
+    auto const start = std::chrono::steady_clock::now();
+    pid_t pid = 0;
+    if (posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
+        return run;
+    int status = 0;
+    rusage usage{};
+    if (wait4(pid, &status, 0, &usage) != pid)
+        return run;
+    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    run.peak_rss_kib = usage.ru_maxrss;
+    run.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return run;
+}
+
+// How often `text` stands in the file at `path`, read in blocks; -1 when the
+// file can't be read.
+inline long long count_in_file(QString const& path, QByteArray const& text) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    long long count = 0;
+    QByteArray carry;
+    while (!file.atEnd()) {
+        QByteArray const block = carry + file.read(1 << 22);
+        for (int at = block.indexOf(text); at >= 0; at = block.indexOf(text, at + text.size()))
+            ++count;
+        carry = block.right(text.size() - 1);
+    }
+    return count;
+}
+
+} // namespace bench_support
