@@ -137,14 +137,9 @@ QUuid random_uuid(Writer& w) {
     return QUuid::fromRfc4122(bytes);
 }
 
-QByteArray utf8(QString const& text) {
-    return text.toUtf8();
-}
-
 void write_shapefile(Writer& w, QString const& base, int shape_type,
                      std::vector<ShapeParts> const& records) {
-    QByteArray const path = utf8(base);
-    SHPHandle shp = SHPCreate(path.constData(), shape_type);
+    SHPHandle shp = SHPCreate(QFile::encodeName(base).constData(), shape_type);
     if (!shp)
         throw std::runtime_error("cannot create " + base.toStdString() + ".shp");
     for (ShapeParts const& parts : records) {
@@ -160,25 +155,23 @@ void write_shapefile(Writer& w, QString const& base, int shape_type,
                       QFileInfo(base + QStringLiteral(".shx")).size();
 }
 
-// The boundary table: one row per record, with the columns the display writes.
-void write_boundary_table(Writer& w, QString const& base, QStringList const& names,
-                          QStringList const& categories, QList<int> const& treatments) {
-    QByteArray const path = utf8(base);
-    DBFHandle dbf = DBFCreateEx(path.constData(), "UTF-8");
+// The boundary table of a shapefile of one record, with the columns the
+// display writes.
+void write_boundary_table(Writer& w, QString const& base, QString const& name,
+                          QString const& category, int treatment) {
+    DBFHandle dbf = DBFCreateEx(QFile::encodeName(base).constData(), "UTF-8");
     if (!dbf)
         throw std::runtime_error("cannot create " + base.toStdString() + ".dbf");
-    int const name = DBFAddField(dbf, "Name", FTString, 64, 0);
-    int const type = DBFAddField(dbf, "Type", FTString, 32, 0);
-    int const headland = DBFAddField(dbf, "Headland", FTLogical, 1, 0);
-    int const treatment = DBFAddField(dbf, "Treatment", FTInteger, 4, 0);
-    int const uuid = DBFAddField(dbf, "UUID", FTString, 38, 0);
-    for (int row = 0; row < names.size(); ++row) {
-        DBFWriteStringAttribute(dbf, row, name, utf8(names[row]).constData());
-        DBFWriteStringAttribute(dbf, row, type, utf8(categories[row]).constData());
-        DBFWriteLogicalAttribute(dbf, row, headland, row == 0 ? 'T' : 'F');
-        DBFWriteIntegerAttribute(dbf, row, treatment, treatments[row]);
-        DBFWriteStringAttribute(dbf, row, uuid, utf8(random_uuid(w).toString()).constData());
-    }
+    int const name_column = DBFAddField(dbf, "Name", FTString, 64, 0);
+    int const type_column = DBFAddField(dbf, "Type", FTString, 32, 0);
+    int const headland_column = DBFAddField(dbf, "Headland", FTLogical, 1, 0);
+    int const treatment_column = DBFAddField(dbf, "Treatment", FTInteger, 4, 0);
+    int const uuid_column = DBFAddField(dbf, "UUID", FTString, 38, 0);
+    DBFWriteStringAttribute(dbf, 0, name_column, name.toUtf8().constData());
+    DBFWriteStringAttribute(dbf, 0, type_column, category.toUtf8().constData());
+    DBFWriteLogicalAttribute(dbf, 0, headland_column, 'T');
+    DBFWriteIntegerAttribute(dbf, 0, treatment_column, treatment);
+    DBFWriteStringAttribute(dbf, 0, uuid_column, random_uuid(w).toString().toUtf8().constData());
     DBFClose(dbf);
     w.counts.bytes += QFileInfo(base + QStringLiteral(".dbf")).size();
 }
@@ -210,7 +203,7 @@ void write_boundaries(Writer& w, QString const& field_dir, QString const& field_
     outline.add(offset(centre, 80.0, -60.0), ring(w, boundary_ring_vertices, 60.0, false));
     QString const base = shape_dir + QStringLiteral("/") + field_name;
     write_shapefile(w, base, SHPT_POLYGON, {outline});
-    write_boundary_table(w, base, {field_name}, {QStringLiteral("Boundary")}, {3});
+    write_boundary_table(w, base, field_name, QStringLiteral("Boundary"), 3);
 
     // A .bdy boundary drawn on the display, in metres around its centre.
     Place const bdy_centre = offset(centre, -200.0, 150.0);
@@ -228,8 +221,8 @@ void write_boundaries(Writer& w, QString const& field_dir, QString const& field_
     zone.add(offset(centre, 150.0, 100.0), ring(w, zone_vertices, 40.0, true));
     QString const zone_base = zone_dir + QStringLiteral("/Rock <pile>");
     write_shapefile(w, zone_base, SHPT_POLYGON, {zone});
-    write_boundary_table(w, zone_base, {QStringLiteral("Rock & stone")},
-                         {QStringLiteral("Obstacle")}, {2});
+    write_boundary_table(w, zone_base, QStringLiteral("Rock & stone"), QStringLiteral("Obstacle"),
+                         2);
 }
 
 void write_flags(Writer& w, QString const& field_dir, Place centre) {
