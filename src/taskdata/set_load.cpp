@@ -90,7 +90,6 @@ public:
 
     bool isSequential() const override { return true; }
     bool atEnd() const override { return pending() == 0 && exhausted(); }
-    qint64 bytesAvailable() const override { return pending() + QIODevice::bytesAvailable(); }
     QString read_error() const { return read_error_; }
 
 protected:

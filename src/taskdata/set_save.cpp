@@ -130,7 +130,7 @@ private:
     bool ok_ = true;
 
 public:
-    QXmlStreamWriter xml;
+    QXmlStreamWriter xml; // declared after text_, which it writes into
 };
 
 void write_attributes(QXmlStreamWriter& xml, Attrs const& attrs) {
