@@ -2,6 +2,7 @@
 
 #include "coordinates/local_frame.h"
 #include "taskdata/proprietary.h"
+#include "taskdata/whole_numbers.h"
 
 #include <QHash>
 #include <QPointF>
@@ -70,16 +71,6 @@ void set_treatment(Linestring linestring, int treatment) {
     }
 }
 
-// Whole square metres, rounded down; beyond the range of PolygonArea the
-// nearest end.
-unsigned int area_value(double square_metres) {
-    if (!(square_metres > 0.0)) // also NaN
-        return 0;
-    if (square_metres >= 4294967296.0)
-        return 4294967295u;
-    return static_cast<unsigned int>(square_metres);
-}
-
 void add_polygon(Partfield const& partfield, BoundaryRecord const& record) {
     Polygon polygon = partfield.create_polygon(true);
     polygon.type().set(boundary_polygon_type, true);
@@ -88,7 +79,7 @@ void add_polygon(Partfield const& partfield, BoundaryRecord const& record) {
     add_boundary_points(linestring, record.points);
     set_proprietary(linestring, QStringLiteral("category"), QVariant(record.category));
     set_treatment(linestring, record.treatment);
-    polygon.area().set(area_value(boundary_area(record)), true);
+    polygon.area().set(truncate_to<unsigned int>(boundary_area(record)), true);
     polygon.designator().set(record.name, true);
     linestring.designator().set(record.name, true);
     polygon.colour().set(boundary_colour, true);

@@ -1,8 +1,8 @@
 #include "guidance/base_stations.h"
 
-#include "guidance/millimetres.h"
 #include "taskdata/element_man.h"
 #include "taskdata/proprietary.h"
+#include "taskdata/whole_numbers.h"
 
 #include <QList>
 #include <QString>
@@ -103,7 +103,8 @@ Base_station find_or_create_base_station(int correction_source, QByteArray const
                          true);
         station.north().set(entry.position.latitude, true);
         station.east().set(entry.position.longitude, true);
-        station.up().set(metres_to_millimetres<std::int32_t>(entry.position.height), true);
+        station.up().set(TC::Task_data::truncate_to<std::int32_t>(entry.position.height * 1000.0),
+                         true);
         entry.station = station;
     }
     return entry.station;

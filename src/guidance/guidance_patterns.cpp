@@ -1,7 +1,7 @@
 #include "guidance/guidance_patterns.h"
 
-#include "guidance/millimetres.h"
 #include "taskdata/element_man.h"
+#include "taskdata/whole_numbers.h"
 
 #include <cstdint>
 
@@ -125,7 +125,7 @@ Guidance_pattern build_pivot_pattern(Partfield partfield, QString const& name, G
                                      Base_station station, double radius_metres) {
     Guidance_pattern pattern = find_or_create_pattern(partfield, name, pivot_pattern_type);
     remove_linestrings(pattern);
-    pattern.radius().set(metres_to_millimetres<std::uint32_t>(radius_metres), true);
+    pattern.radius().set(TC::Task_data::truncate_to<std::uint32_t>(radius_metres * 1000.0), true);
     pattern.radius().set_flag_included(true);
     Linestring line = new_guidance_line(pattern);
     add_point(line, reference_centre_type, centre);

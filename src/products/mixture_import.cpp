@@ -4,6 +4,7 @@
 #include "driver/report.h"
 #include "products/product_import.h"
 #include "taskdata/store.h"
+#include "taskdata/whole_numbers.h"
 
 #include <QDebug>
 #include <QFile>
@@ -75,8 +76,9 @@ void add_ingredient(Product mixture, QString const& entry, QString const& path,
     relation.product().set(ingredient);
     // A malformed rate reads as 0. The attribute is signed; the unsigned
     // thousandths go in bit for bit.
-    relation.quantity().set(static_cast<int>(truncate_to_uint32(parts[1].toDouble() * 1000.0)),
-                            true);
+    relation.quantity().set(
+        static_cast<int>(TC::Task_data::truncate_to<std::uint32_t>(parts[1].toDouble() * 1000.0)),
+        true);
 }
 
 } // namespace

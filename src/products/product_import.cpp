@@ -6,6 +6,7 @@
 #include "taskdata/element_man.h"
 #include "taskdata/proprietary.h"
 #include "taskdata/store.h"
+#include "taskdata/whole_numbers.h"
 
 #include <QDebug>
 #include <QFile>
@@ -51,14 +52,6 @@ TypeTraits type_traits(int type) {
 
 } // namespace
 
-std::uint32_t truncate_to_uint32(double value) {
-    if (!(value > 0.0)) // also NaN
-        return 0;
-    if (value >= 4294967296.0)
-        return 4294967295u;
-    return static_cast<std::uint32_t>(value);
-}
-
 Product new_product(Task_data root, QString const& name) {
     Product product = root.create_products(true);
     product.id().set(product.get_element_man().get_free_uid(QStringLiteral("PDT"), false), true);
@@ -87,7 +80,7 @@ void import_product(QDir const& dir) {
 
     Product product = new_product(task_data, dir.dirName());
     // The file keeps kg per litre; the set keeps mg per litre.
-    std::uint32_t const density = truncate_to_uint32(
+    std::uint32_t const density = TC::Task_data::truncate_to<std::uint32_t>(
         settings.value(QStringLiteral("Density"), QVariant()).toDouble() * 1000000.0);
     QUuid uuid(settings.value(QStringLiteral("UID"), QVariant()).toString());
     TypeTraits const traits =

@@ -10,17 +10,11 @@
 #include <QString>
 #include <QUuid>
 
-#include <cstdint>
-
 // The identity every product of type 2 gets, whatever its file says.
 inline QUuid const fixed_product_uuid{QStringLiteral("{903c0cf8-9478-4b5a-85b3-5438c71e7696}")};
 // The identities of the two product groups of the chemical types.
 inline QUuid const liquid_group_uuid{QStringLiteral("{50b3c385-bee4-4042-9206-330b02040194}")};
 inline QUuid const granular_group_uuid{QStringLiteral("{c8a398d3-97e3-43c5-94e6-4e038e1ef21b}")};
-
-// `value` truncated toward zero into 0..4294967295: negatives and NaN give 0,
-// values beyond the range (infinity too) give 4294967295.
-std::uint32_t truncate_to_uint32(double value);
 
 // A new product under `root`: a free "PDT" number, then `name` as designator,
 // stored as it is even when empty.
