@@ -171,7 +171,7 @@ BoundaryList read_shape_boundaries(QString const& shp_path) {
 BoundaryRecord read_bdy_file(QString const& bdy_path) {
     BoundaryRecord record;
     QFile file(bdy_path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly) || !point_file_size_ok(file))
         return record;
     QByteArray const head = file.read(bdy_centre_size);
     if (head.size() < bdy_centre_size || !file.seek(bdy_vertices_start))

@@ -52,7 +52,7 @@ BoundaryList read_shape_boundaries(QString const& shp_path);
 // height) and from offset 64 vertices of two little-endian floats, metres
 // east and south of the centre, up to the end of the file; a half vertex at
 // the end, and a vertex whose position isn't a finite number, are left out.
-// A file that can't be read or is shorter than 64 bytes gives a record
-// without points.
+// A file that can't be read, is shorter than 64 bytes or larger than
+// max_point_file_size (with a warning) gives a record without points.
 // Texts empty, headland false, treatment 0.
 BoundaryRecord read_bdy_file(QString const& bdy_path);

@@ -1,5 +1,7 @@
 #include "driver/data_tree.h"
 
+#include <QDebug>
+
 QList<QDir> list_dirs(QDir const& dir) {
     QList<QDir> dirs;
     QFileInfoList const entries =
@@ -12,6 +14,13 @@ QList<QDir> list_dirs(QDir const& dir) {
 
 QList<QDir> list_dirs(QString const& path) {
     return list_dirs(QDir(path));
+}
+
+bool point_file_size_ok(QFile const& file) {
+    if (file.size() <= max_point_file_size)
+        return true;
+    qWarning() << "W: skipping oversized file" << file.fileName() << "of" << file.size() << "bytes";
+    return false;
 }
 
 QString child_path(QString const& dir_path, QString const& name) {

@@ -3,6 +3,7 @@
 // of sub-directories that every importer shares.
 
 #include <QDir>
+#include <QFile>
 #include <QList>
 #include <QString>
 
@@ -41,6 +42,14 @@ inline QString const tramline_file = QStringLiteral("Tramline/Tramline.ini");
 // that is missing or unreadable.
 QList<QDir> list_dirs(QDir const& dir);
 QList<QDir> list_dirs(QString const& path);
+
+// The largest .crv or .bdy file that is read: 64 MiB, eight million curve
+// points or vertices, far beyond what a display records. A larger one is
+// broken or hostile, and reading it would take minutes and gigabytes.
+constexpr qint64 max_point_file_size = qint64(64) << 20;
+// True when the open `file` is within max_point_file_size; otherwise false,
+// with a warning naming the file and its size.
+bool point_file_size_ok(QFile const& file);
 
 // "%1/%2": the path of `name` inside `dir_path`.
 QString child_path(QString const& dir_path, QString const& name);

@@ -7,6 +7,7 @@
 #include "products/product_import.h"
 #include "taskdata/store.h"
 
+#include <csignal>
 #include <cstdlib>
 
 namespace {
@@ -71,6 +72,10 @@ int count_items(QString const& clients_dir, QString const& products_dir,
 
 void run(int argc, char** argv) {
     program_name = argv[0];
+    // A file size limit (ulimit -f) must make a write fail, so that the save
+    // reports it and leaves the former set, rather than kill the process in
+    // the middle of it.
+    std::signal(SIGXFSZ, SIG_IGN);
     Paths const paths = parse_arguments(argc, argv);
 
     QString const taskdata_dir = child_path(paths.data_dir, data_tree::taskdata);

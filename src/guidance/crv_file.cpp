@@ -1,5 +1,7 @@
 #include "guidance/crv_file.h"
 
+#include "driver/data_tree.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
@@ -40,7 +42,8 @@ bool read_crv_reference(QString const& path, double& latitude, double& longitude
 std::vector<CrvSegment> read_crv_segments(QString const& path) {
     std::vector<CrvSegment> segments;
     QFile file(path);
-    if (!QFileInfo::exists(path) || !file.open(QIODevice::ReadOnly) || !file.seek(head_size))
+    if (!QFileInfo::exists(path) || !file.open(QIODevice::ReadOnly) || !point_file_size_ok(file) ||
+        !file.seek(head_size))
         return segments;
     CrvSegment segment;
     // Blocks of whole records; a read that ends inside a record keeps the

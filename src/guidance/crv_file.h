@@ -23,6 +23,7 @@ bool read_crv_reference(QString const& path, double& latitude, double& longitude
 
 // The segments of the file in order, each of at least one point: separators
 // at the start, at the end or in a row make no empty segment, and an
-// incomplete last record is dropped. Empty for a missing or unreadable file
-// and for one without point records.
+// incomplete last record is dropped. Empty for a missing or unreadable file,
+// for one without point records, and for one larger than max_point_file_size
+// (with a warning).
 std::vector<CrvSegment> read_crv_segments(QString const& path);

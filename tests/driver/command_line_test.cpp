@@ -232,25 +232,3 @@ TEST_F(CommandLine, SetThatCannotBeReadEndsWithTheLoadError) {
         EXPECT_FALSE(file_exists(out() + QStringLiteral("/TASKDATA.XML")));
     }
 }
-
-TEST_F(CommandLine, FailedSaveLeavesTheFormerSetWhole) {
-    // A set big enough that writing it runs into a 64 KiB file size limit.
-    QByteArray customers;
-    for (int i = 1; i <= 3000; ++i)
-        customers += QStringLiteral("<CTR A=\"CTR%1\" B=\"Customer number %1\"/>").arg(i).toUtf8();
-    QByteArray const big =
-        "<ISO11783_TaskData VersionMajor=\"4\">" + customers + "</ISO11783_TaskData>";
-    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"), big);
-    make_fields(data(), 1);
-    QByteArray const former = "<ISO11783_TaskData VersionMajor=\"4\"/>";
-    write_file(out() + QStringLiteral("/TASKDATA.XML"), former);
-    write_file(out() + QStringLiteral("/LINKLIST.XML"), "");
-
-    ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(),
-                                 QStringLiteral("trap '' XFSZ; ulimit -f 64"));
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_TRUE(run.err.endsWith("E: could not save taskdata\n")) << run.err.constData();
-    EXPECT_EQ(read_file(out() + QStringLiteral("/TASKDATA.XML")), former);
-    // No staged file is left behind.
-    EXPECT_EQ(QDir(out()).entryList(QDir::Files | QDir::Hidden).size(), 2);
-}
