@@ -4,6 +4,7 @@
 #include "taskdata/value_text.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace TC::Task_data::detail {
 
@@ -28,7 +29,23 @@ void append_utf8(QByteArray& out, QStringRef const& text) {
         target[i] = static_cast<char>(chars[i].unicode());
 }
 
+// Copies `text` to `out` with its terminating byte; gives where it ends.
+char* put_entry(char* out, QLatin1String text) {
+    std::memcpy(out, text.data(), static_cast<size_t>(text.size()));
+    out += text.size();
+    *out = '\0';
+    return out + 1;
+}
+
 } // namespace
+
+char* PointBlock::grow(qsizetype size) {
+    // One resize for a whole entry or record: millions of points arrive
+    // this way.
+    qsizetype const start = arena_.size();
+    arena_.resize(static_cast<int>(start + size));
+    return arena_.data() + start;
+}
 
 void PointBlock::append(QXmlStreamAttributes const& attributes) {
     starts_.push_back(static_cast<quint32>(arena_.size()));
@@ -41,15 +58,16 @@ void PointBlock::append(QXmlStreamAttributes const& attributes) {
     arena_ += '\0';
 }
 
-void PointBlock::append(std::vector<PlainAttribute> const& attributes) {
+void PointBlock::append(PlainAttribute const* attributes, int count) {
+    PlainAttribute const* const last = attributes + count;
+    qsizetype size = 1;
+    for (PlainAttribute const* attribute = attributes; attribute != last; ++attribute)
+        size += attribute->name.size() + attribute->value.size() + 2;
     starts_.push_back(static_cast<quint32>(arena_.size()));
-    for (PlainAttribute const& attribute : attributes) {
-        arena_.append(attribute.name.data(), attribute.name.size());
-        arena_ += '\0';
-        arena_.append(attribute.value.data(), attribute.value.size());
-        arena_ += '\0';
-    }
-    arena_ += '\0';
+    char* out = grow(size);
+    for (PlainAttribute const* attribute = attributes; attribute != last; ++attribute)
+        out = put_entry(put_entry(out, attribute->name), attribute->value);
+    *out = '\0';
 }
 
 int PointBlock::append_empty() {
@@ -84,12 +102,10 @@ void PointBlock::set(int index, QByteArray const& name, QLatin1String value) {
         set(index, name, QString(value));
         return;
     }
+    // The record's closing byte becomes the first of the new entry.
     arena_.chop(1);
-    arena_ += name;
-    arena_ += '\0';
-    arena_.append(value.data(), value.size());
-    arena_ += '\0';
-    arena_ += '\0';
+    char* const out = grow(name.size() + value.size() + 3);
+    *put_entry(put_entry(out, QLatin1String(name)), value) = '\0';
 }
 
 void PointBlock::set(int index, QByteArray const& name, QString const& value) {

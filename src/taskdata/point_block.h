@@ -26,7 +26,7 @@ public:
     // Appends a point with the given attributes, in their order.
     void append(QXmlStreamAttributes const& attributes);
     // The same for attributes whose names and values are plain ASCII.
-    void append(std::vector<PlainAttribute> const& attributes);
+    void append(PlainAttribute const* attributes, int count);
     // Appends a point without attributes and returns its index.
     int append_empty();
     // Takes the last point out and returns its attributes.
@@ -47,6 +47,8 @@ private:
     // Whether the record of point `index` ends the arena, and `name` is not
     // among its attributes and would go behind all of them.
     bool extends_at_end(int index, QByteArray const& name) const;
+    // Adds `size` bytes at the end of the arena; gives where they start.
+    char* grow(qsizetype size);
     using Entries = std::vector<std::pair<QByteArray, QByteArray>>;
     Entries decode(int index) const;
     qsizetype record_size(int index) const;

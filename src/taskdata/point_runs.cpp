@@ -1,5 +1,6 @@
 #include "taskdata/point_runs.h"
 
+#include <array>
 #include <cstring>
 
 namespace TC::Task_data::detail {
@@ -11,17 +12,38 @@ namespace {
 constexpr size_t max_attributes = 24;
 constexpr qsizetype longest_awaited_token = 1 << 24;
 
-bool name_start(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':';
-}
+// Classes of bytes for the scan of points, one table lookup each.
+enum ByteClass : unsigned char {
+    space = 1,
+    name_start = 2,
+    name_char = 4,
+    // Printable ASCII that the reader gives back as it stands in a value;
+    // a value holding either quote goes to the reader.
+    plain_value = 8,
+};
 
-bool name_char(char c) {
-    return name_start(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-}
+constexpr std::array<unsigned char, 256> byte_classes = [] {
+    std::array<unsigned char, 256> classes{};
+    for (int c = 0; c < 256; ++c) {
+        bool const letter =
+            (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':';
+        bool const digit = (c >= '0' && c <= '9') || c == '-' || c == '.';
+        unsigned char bits = 0;
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
+            bits |= space;
+        if (letter)
+            bits |= name_start | name_char;
+        if (digit)
+            bits |= name_char;
+        if (c >= 0x20 && c <= 0x7e && c != '&' && c != '<' && c != '"' && c != '\'')
+            bits |= plain_value;
+        classes[static_cast<size_t>(c)] = bits;
+    }
+    return classes;
+}();
 
-// Printable ASCII that the reader gives back as it stands in a value.
-bool plain_value_char(char c, char quote) {
-    return c >= 0x20 && c <= 0x7e && c != '&' && c != '<' && c != quote;
+bool is(char c, ByteClass byte_class) {
+    return byte_classes[static_cast<unsigned char>(c)] & byte_class;
 }
 
 bool starts_with(char const* p, char const* end, char const* prefix) {
@@ -78,40 +100,45 @@ QByteArray declared_encoding(QByteArray const& declaration) {
 } // namespace
 
 char const* parse_plain_point(char const* p, char const* end, PlainAttributes& attributes) {
-    attributes.clear();
-    if (!starts_with(p, end, "<PNT"))
+    size_t const first = attributes.size();
+    auto refuse = [&] {
+        attributes.resize(first);
+        return nullptr;
+    };
+    if (end - p < 4 || std::memcmp(p, "<PNT", 4) != 0)
         return nullptr;
     p += 4;
     while (true) {
-        bool const spaced = p < end && xml_space(*p);
-        while (p < end && xml_space(*p))
+        char const* const spaces = p;
+        while (p < end && is(*p, space))
             ++p;
-        if (p + 1 < end && p[0] == '/' && p[1] == '>')
+        if (end - p >= 2 && p[0] == '/' && p[1] == '>')
             return p + 2;
-        if (p >= end || !spaced || !name_start(*p) || attributes.size() == max_attributes)
-            return nullptr;
-        char const* name = p;
-        while (p < end && name_char(*p))
+        if (p == end || p == spaces || !is(*p, name_start) ||
+            attributes.size() - first == max_attributes)
+            return refuse();
+        char const* const name = p++;
+        while (p < end && is(*p, name_char))
             ++p;
         QLatin1String const attribute_name(name, static_cast<int>(p - name));
-        while (p < end && xml_space(*p))
+        while (p < end && is(*p, space))
             ++p;
-        if (p >= end || *p != '=')
-            return nullptr;
+        if (p == end || *p != '=')
+            return refuse();
         ++p;
-        while (p < end && xml_space(*p))
+        while (p < end && is(*p, space))
             ++p;
-        if (p >= end || (*p != '"' && *p != '\''))
-            return nullptr;
+        if (p == end || (*p != '"' && *p != '\''))
+            return refuse();
         char const quote = *p++;
-        char const* value = p;
-        while (p < end && plain_value_char(*p, quote))
+        char const* const value = p;
+        while (p < end && is(*p, plain_value))
             ++p;
-        if (p >= end || *p != quote)
-            return nullptr;
-        for (PlainAttribute const& seen : attributes)
-            if (seen.name == attribute_name)
-                return nullptr;
+        if (p == end || *p != quote || p - value > max_attribute_size)
+            return refuse();
+        for (size_t i = first; i < attributes.size(); ++i)
+            if (attributes[i].name == attribute_name)
+                return refuse();
         attributes.push_back({attribute_name, QLatin1String(value, static_cast<int>(p - value))});
         ++p;
     }
@@ -144,7 +171,6 @@ PointRunScanner::Step PointRunScanner::next(QByteArray const& text, qsizetype fr
     if (disabled_)
         return ordinary(end);
 
-    PlainAttributes attributes;
     while (p < end) {
         if (*p != '<') {
             char const* const next = static_cast<char const*>(std::memchr(p, '<', end - p));
@@ -154,21 +180,23 @@ PointRunScanner::Step PointRunScanner::next(QByteArray const& text, qsizetype fr
         char const* token_end = nullptr;
         bool const in_line_string = !open_.empty() && open_.back() > 0;
         if (in_line_string && starts_with(p, end, "<PNT")) {
-            char const* const first = parse_plain_point(p, end, attributes);
-            if (first) {
-                // A run: as many plain points as follow, white space between.
-                char const* run_end = first;
-                char const* q = first;
-                while (true) {
-                    while (q < end && xml_space(*q))
-                        ++q;
-                    char const* const point = parse_plain_point(q, end, attributes);
-                    if (!point)
-                        break;
-                    run_end = q = point;
-                }
-                return Step{p - begin, true, run_end - begin, open_.back()};
+            run_.attributes.clear();
+            run_.sizes.clear();
+            // A run: as many plain points as follow, white space between.
+            char const* run_end = nullptr;
+            char const* q = p;
+            while (true) {
+                size_t const before = run_.attributes.size();
+                char const* const point = parse_plain_point(q, end, run_.attributes);
+                if (!point)
+                    break;
+                run_.sizes.push_back(static_cast<unsigned char>(run_.attributes.size() - before));
+                run_end = q = point;
+                while (q < end && xml_space(*q))
+                    ++q;
             }
+            if (run_end)
+                return Step{p - begin, true, run_end - begin, open_.back()};
             token_end = tag_end(p, end);
             if (token_end)
                 track(p, token_end);
@@ -214,7 +242,7 @@ void PointRunScanner::track(char const* begin, char const* end) {
         return;
     }
     char const* name_end = begin + 1;
-    while (name_end < end && name_char(*name_end))
+    while (name_end < end && is(*name_end, name_char))
         ++name_end;
     bool const line_string = name_end - begin == 4 && std::memcmp(begin + 1, "LSG", 3) == 0;
     int const number = line_string ? ++line_strings_ : 0;

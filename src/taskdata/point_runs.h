@@ -22,6 +22,27 @@ namespace TC::Task_data::detail {
 
 using PlainAttributes = std::vector<PlainAttribute>;
 
+// The longest attribute value a set may hold, in characters. ISO 11783-10
+// values are a few hundred at most; the loader refuses longer ones, so no
+// run takes them either.
+constexpr int max_attribute_size = 1 << 20;
+
+// The points of a run as the scanner parsed them: their attributes one
+// after another, and how many of them belong to each point.
+struct PointRun {
+    PlainAttributes attributes;
+    std::vector<unsigned char> sizes;
+
+    // Calls f(first attribute, count) for each point, in order.
+    template <class F> void for_each_point(F&& f) const {
+        PlainAttribute const* first = attributes.data();
+        for (unsigned char const size : sizes) {
+            f(first, static_cast<int>(size));
+            first += size;
+        }
+    }
+};
+
 class PointRunScanner {
 public:
     struct Step {
@@ -36,6 +57,10 @@ public:
     // before that token, and the caller comes back with more text.
     Step next(QByteArray const& text, qsizetype from, bool final);
 
+    // The points of the run that the last step found; they point into the
+    // text given to it and hold while that text stays unchanged.
+    PointRun const& run() const { return run_; }
+
 private:
     // Takes in the start or end tag [begin, end) for the nesting.
     void track(char const* begin, char const* end);
@@ -44,32 +69,16 @@ private:
     bool disabled_ = false;
     std::vector<int> open_; // per open element: its LSG number, or 0
     int line_strings_ = 0;  // LSG start tags so far
+    PointRun run_;
 };
 
-// Calls f(attributes) for each PNT element of a run, in order.
-template <class F> void for_each_plain_point(char const* begin, char const* end, F&& f);
-
-// The tag at `p` if it is a plain empty PNT element: where it ends, its
-// attributes in `attributes`. Null when it is not one, or `end` comes first.
+// The tag at `p` if it is a plain empty PNT element: where it ends, with its
+// attributes appended to `attributes`. Null when it is not one, or `end`
+// comes first; `attributes` is then as it was.
 char const* parse_plain_point(char const* p, char const* end, PlainAttributes& attributes);
 
 inline bool xml_space(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-template <class F> void for_each_plain_point(char const* begin, char const* end, F&& f) {
-    PlainAttributes attributes;
-    char const* p = begin;
-    while (p < end) {
-        if (xml_space(*p)) {
-            ++p;
-            continue;
-        }
-        p = parse_plain_point(p, end, attributes);
-        if (!p)
-            return; // not reached for a run that next() found
-        f(attributes);
-    }
 }
 
 } // namespace TC::Task_data::detail

@@ -18,6 +18,10 @@ namespace {
 
 // ISO 11783-10 nests six levels at most; anything far deeper is hostile.
 constexpr int max_depth = 64;
+// Bytes of the file that the reader may take in for one token (a tag with
+// all its attributes, a text, a comment): far beyond any honest set, and
+// small enough that a hostile one cannot make the reader hold gigabytes.
+constexpr qint64 max_token_size = qint64(64) << 20;
 
 QString const taskdata_root = QStringLiteral("ISO11783_TaskData");
 QString const external_root = QStringLiteral("XFC");
@@ -57,7 +61,7 @@ private:
         int line_strings = 0; // LSG elements started so far
     };
 
-    bool take_run(Parse& parse, char const* begin, char const* end, int line_string);
+    bool take_run(Parse& parse, PointRun const& run, int line_string);
     bool start_element(Parse& parse, QString& error);
     void expand_compact_point(std::vector<Frame>& stack);
     bool read_external(QString const& name, QString& error);
@@ -82,30 +86,45 @@ QString Reader::located(QXmlStreamReader const& xml, QString const& path, QStrin
 // it gets the run as it stands.
 class PointRunFilter : public QIODevice {
 public:
-    using TakeRun = std::function<bool(char const* begin, char const* end, int line_string)>;
+    using TakeRun = std::function<bool(PointRun const& run, int line_string)>;
 
     PointRunFilter(QFile& file, TakeRun take_run) : file_(file), take_run_(std::move(take_run)) {
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
     bool isSequential() const override { return true; }
-    bool atEnd() const override { return pending() == 0 && exhausted(); }
+    // After a failure the reader must see the end, or it would wait for
+    // more input for ever.
+    bool atEnd() const override { return failed() || (pending() == 0 && exhausted()); }
     QString read_error() const { return read_error_; }
+    // Called before the reader reads its next token; the file text it takes
+    // in for that token is counted against max_token_size.
+    void begin_token() { token_size_ = 0; }
+    // True once a token grew beyond max_token_size; the reader then got an
+    // end of input.
+    bool oversized() const { return oversized_; }
 
 protected:
     qint64 readData(char* data, qint64 size) override {
         while (pending() == 0 && !exhausted() && read_error_.isEmpty())
             produce();
         qint64 const count = std::min<qint64>(size, pending());
+        if (out_is_file_text_)
+            token_size_ += count;
+        if (token_size_ > max_token_size)
+            oversized_ = true;
+        if (failed())
+            return -1;
         std::memcpy(data, out_.constData() + out_taken_, static_cast<size_t>(count));
         out_taken_ += count;
-        return read_error_.isEmpty() ? count : -1;
+        return count;
     }
 
     qint64 writeData(char const*, qint64) override { return -1; }
 
 private:
     bool exhausted() const { return final_ && !run_ && from_ >= text_.size(); }
+    bool failed() const { return oversized_ || !read_error_.isEmpty(); }
     qint64 pending() const { return out_.size() - out_taken_; }
 
     // Fills `out_` with what the reader gets next.
@@ -114,16 +133,18 @@ private:
         if (run_) {
             char const* const begin = text_.constData() + from_;
             char const* const end = text_.constData() + run_->run_end;
-            if (take_run_(begin, end, run_->line_string))
-                out_ = QByteArray(static_cast<int>(std::count(begin, end, '\n')), '\n');
-            else
+            out_is_file_text_ = !take_run_(scanner_.run(), run_->line_string);
+            if (out_is_file_text_)
                 out_ = QByteArray(begin, static_cast<int>(end - begin));
+            else
+                out_ = QByteArray(static_cast<int>(std::count(begin, end, '\n')), '\n');
             from_ = run_->run_end;
             run_.reset();
             return;
         }
         PointRunScanner::Step const step = scanner_.next(text_, from_, final_);
         out_ = text_.mid(from_, step.ordinary_end - from_);
+        out_is_file_text_ = true;
         from_ = step.ordinary_end;
         if (step.run)
             run_ = step; // taken when the reader has had `out_`
@@ -150,7 +171,10 @@ private:
     bool final_ = false;
     std::optional<PointRunScanner::Step> run_;
     QByteArray out_;
-    qint64 out_taken_ = 0; // of out_, what the reader has had
+    qint64 out_taken_ = 0;         // of out_, what the reader has had
+    bool out_is_file_text_ = true; // not the line breaks that stand for a run
+    qint64 token_size_ = 0;
+    bool oversized_ = false;
     QString read_error_;
 };
 
@@ -161,15 +185,21 @@ bool Reader::read(QString const& path, Document kind, Node* into, QString& error
         return false;
     }
     Parse parse{path, kind, into, QXmlStreamReader(), {}, false, 0};
-    PointRunFilter filter(file, [&](char const* begin, char const* end, int line_string) {
-        return take_run(parse, begin, end, line_string);
+    PointRunFilter filter(file, [&](PointRun const& run, int line_string) {
+        return take_run(parse, run, line_string);
     });
     QXmlStreamReader& xml = parse.xml;
     xml.setDevice(&filter);
     // Namespace declarations stay plain attributes, and so are kept.
     xml.setNamespaceProcessing(false);
     while (!xml.atEnd()) {
+        filter.begin_token();
         switch (xml.readNext()) {
+        case QXmlStreamReader::DTD:
+            // A set has no use for a DTD; one could declare entities that
+            // expand beyond measure or name files outside the set.
+            error = located(xml, path, QStringLiteral("document type declarations are refused"));
+            return false;
         case QXmlStreamReader::StartElement:
             if (!start_element(parse, error))
                 return false;
@@ -180,6 +210,11 @@ bool Reader::read(QString const& path, Document kind, Node* into, QString& error
         default:
             break;
         }
+    }
+    if (filter.oversized()) {
+        error = located(xml, path,
+                        QStringLiteral("tag or text longer than %1 MiB").arg(max_token_size >> 20));
+        return false;
     }
     if (!filter.read_error().isEmpty()) {
         error = QStringLiteral("cannot read %1: %2").arg(path, filter.read_error());
@@ -198,7 +233,7 @@ bool Reader::read(QString const& path, Document kind, Node* into, QString& error
 
 // Takes the points of a run into their line string when the reader stands
 // in that very LSG; false leaves them to the reader.
-bool Reader::take_run(Parse& parse, char const* begin, char const* end, int line_string) {
+bool Reader::take_run(Parse& parse, PointRun const& run, int line_string) {
     if (parse.stack.empty() || parse.line_strings != line_string)
         return false;
     Frame const& top = parse.stack.back();
@@ -206,12 +241,13 @@ bool Reader::take_run(Parse& parse, char const* begin, char const* end, int line
         return false;
     PointBlock& points = *top.node->points;
     UidPool& point_numbers = tree_.uids["PNT"];
-    for_each_plain_point(begin, end, [&](PlainAttributes const& attributes) {
-        points.append(attributes);
-        for (PlainAttribute const& attribute : attributes) {
+    run.for_each_point([&](PlainAttribute const* attributes, int count) {
+        points.append(attributes, count);
+        for (PlainAttribute const* attribute = attributes; attribute != attributes + count;
+             ++attribute) {
             int number = 0;
-            if (attribute.name == QLatin1String("G") &&
-                parse_id("PNT", QString(attribute.value), number))
+            if (attribute->name == QLatin1String("G") &&
+                parse_id("PNT", QString(attribute->value), number))
                 point_numbers.mark(number);
         }
     });
@@ -221,6 +257,15 @@ bool Reader::take_run(Parse& parse, char const* begin, char const* end, int line
 bool Reader::start_element(Parse& parse, QString& error) {
     QXmlStreamReader& xml = parse.xml;
     std::vector<Frame>& stack = parse.stack;
+    for (QXmlStreamAttribute const& attribute : xml.attributes())
+        if (attribute.value().size() > max_attribute_size) {
+            error = located(
+                xml, parse.path,
+                QStringLiteral("attribute %1 of <%2> is longer than %3 characters")
+                    .arg(attribute.qualifiedName().toString(), xml.qualifiedName().toString())
+                    .arg(max_attribute_size));
+            return false;
+        }
     // Counted as the point run scanner counts them, wherever they stand.
     if (xml.qualifiedName() == QLatin1String("LSG"))
         ++parse.line_strings;

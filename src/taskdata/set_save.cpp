@@ -7,7 +7,10 @@
 #include <QFileInfo>
 #include <QXmlStreamWriter>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -94,32 +97,42 @@ QString attribute_name(QLatin1String name) {
 // An XML file written through QXmlStreamWriter into a string that goes to
 // the file in large UTF-8 chunks. Writing to the file device directly costs a
 // text encoding and a buffered device write for every name, quote and value:
-// most of the save's time when a set holds millions of points.
+// most of the save's time when a set holds millions of points. Text that is
+// ASCII already, such as plain points, can go into the chunk as bytes.
 class XmlFile {
 public:
     explicit XmlFile(QFile& file) : file_(file), xml(&text_) {
-        text_.reserve(chunk_size + chunk_size / 8);
+        bytes_.reserve(chunk_size + chunk_size / 8);
         xml.setAutoFormatting(true);
         xml.setAutoFormattingIndent(-1);
         // A writer on a string declares no encoding; the file is UTF-8.
-        text_ += QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+        bytes_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
     }
 
     // Hands a full chunk to the file; called between elements.
     void pace() {
-        if (text_.size() >= chunk_size)
+        if (bytes_.size() + text_.size() >= chunk_size)
             flush();
     }
 
-    // The text written so far and not yet handed to the file. Text appended
-    // here directly must be what the writer itself would have written.
-    QString& text() { return text_; }
+    // The text the writer wrote since the last call of text() or bytes().
+    QString const& text() const { return text_; }
+
+    // The chunk, with the writer's text in it. Bytes appended here must be
+    // what the writer itself would have written.
+    QByteArray& bytes() {
+        if (!text_.isEmpty()) {
+            bytes_ += text_.toUtf8();
+            text_.resize(0);
+        }
+        return bytes_;
+    }
 
     // False when any chunk could not be written whole.
     bool flush() {
-        QByteArray const bytes = text_.toUtf8();
-        text_.resize(0);
-        ok_ = ok_ && file_.write(bytes) == bytes.size();
+        QByteArray& chunk = bytes();
+        ok_ = ok_ && file_.write(chunk) == chunk.size();
+        chunk.resize(0);
         return ok_;
     }
 
@@ -127,6 +140,7 @@ private:
     static constexpr int chunk_size = 1 << 20;
     QFile& file_;
     QString text_;
+    QByteArray bytes_;
     bool ok_ = true;
 
 public:
@@ -178,50 +192,61 @@ public:
     void write(PointBlock const& points, int index) {
         if (learnt_ && append_plain(points, index))
             return;
-        int const start = out_.text().size();
+        out_.bytes(); // the text so far, so that text() holds this point alone
         write_point(out_.xml, points, index);
-        int const element = out_.text().indexOf(QLatin1String("<PNT"), start);
-        int const line = out_.text().lastIndexOf(QLatin1Char('\n'), element);
-        if (element >= 0 && line >= start) {
-            indent_ = out_.text().mid(line, element - line);
+        QString const& text = out_.text();
+        int const element = text.indexOf(QLatin1String("<PNT"));
+        int const line = text.lastIndexOf(QLatin1Char('\n'), element);
+        if (element >= 0 && line >= 0) {
+            indent_ = text.mid(line, element - line).toUtf8();
             learnt_ = true;
         }
     }
 
 private:
     bool append_plain(PointBlock const& points, int index) {
+        static constexpr QLatin1String defaults[] = {
+            QLatin1String(" A=\"2\""), QLatin1String(" C=\"0\""), QLatin1String(" D=\"0\"")};
         bool all_plain = true;
-        points.for_each_bytes(index, [&](QLatin1String, QLatin1String value) {
+        bool given[3] = {false, false, false};
+        qsizetype size = indent_.size() + 6; // "<PNT" and "/>"
+        points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
             all_plain = all_plain && plain(value);
+            for (int i = 0; i < 3; ++i)
+                given[i] = given[i] || name == QLatin1String(&"ACD"[i], 1);
+            size += name.size() + value.size() + 4; // ' ', '=' and the quotes
         });
         if (!all_plain)
             return false;
-        QString& text = out_.text();
-        text += indent_;
-        text += QLatin1String("<PNT");
-        bool type = false, north = false, east = false;
+        for (int i = 0; i < 3; ++i)
+            if (!given[i])
+                size += defaults[i].size();
+        QByteArray& bytes = out_.bytes();
+        qsizetype const start = bytes.size();
+        bytes.resize(static_cast<int>(start + size));
+        char* out = bytes.data() + start;
+        auto put = [&out](char const* text, qsizetype length) {
+            std::memcpy(out, text, static_cast<size_t>(length));
+            out += length;
+        };
+        put(indent_.constData(), indent_.size());
+        put("<PNT", 4);
         points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
-            type = type || name == QLatin1String("A");
-            north = north || name == QLatin1String("C");
-            east = east || name == QLatin1String("D");
-            text += QLatin1Char(' ');
-            text += name;
-            text += QLatin1String("=\"");
-            text += value;
-            text += QLatin1Char('"');
+            *out++ = ' ';
+            put(name.data(), name.size());
+            put("=\"", 2);
+            put(value.data(), value.size());
+            *out++ = '"';
         });
-        if (!type)
-            text += QLatin1String(" A=\"2\"");
-        if (!north)
-            text += QLatin1String(" C=\"0\"");
-        if (!east)
-            text += QLatin1String(" D=\"0\"");
-        text += QLatin1String("/>");
+        for (int i = 0; i < 3; ++i)
+            if (!given[i])
+                put(defaults[i].data(), defaults[i].size());
+        put("/>", 2);
         return true;
     }
 
     XmlFile& out_;
-    QString indent_;
+    QByteArray indent_;
     bool learnt_ = false;
 };
 
@@ -395,6 +420,7 @@ public:
     // A fresh temporary path for `target`, or empty with `error` set.
     QString stage(QString const& target, QString& error) {
         QFileInfo const info(target);
+        remove_abandoned(info);
         QString const temporary = QStringLiteral("%1/.%2.%3.tmp")
                                       .arg(info.absolutePath(), info.fileName())
                                       .arg(QCoreApplication::applicationPid());
@@ -433,6 +459,24 @@ public:
     }
 
 private:
+    // Temporary files of `target` that a killed save left behind: those of
+    // processes that are gone. Another save that still runs keeps its own.
+    static void remove_abandoned(QFileInfo const& target) {
+        QString const prefix = QStringLiteral(".%1.").arg(target.fileName());
+        QString const suffix = QStringLiteral(".tmp");
+        QDir const dir = target.absoluteDir();
+        for (QString const& name : dir.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+            if (!name.startsWith(prefix) || !name.endsWith(suffix))
+                continue;
+            bool number = false;
+            qint64 const pid = name.mid(prefix.size(), name.size() - prefix.size() - suffix.size())
+                                   .toLongLong(&number);
+            if (number && pid > 0 && pid != QCoreApplication::applicationPid() &&
+                ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH)
+                QFile::remove(dir.filePath(name));
+        }
+    }
+
     static bool sync_file(QString const& path, QString& error) {
         int const fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
         bool const ok = fd >= 0 && ::fsync(fd) == 0;

@@ -2,12 +2,53 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 
 namespace TC::Task_data::detail {
 
+namespace {
+
+// Nine fraction digits through integers, where the product with 1e9 leaves
+// no doubt about the rounding: below 2^40 it is off the exact product by
+// less than 2^-13, so a product clear of the midpoint by 1/1000 rounds as
+// the exact value does. Gives -1 for the rest.
+int format_nanodegrees(double degrees, char* text) {
+    double const scaled = degrees * 1e9;
+    if (!(std::fabs(scaled) < 0x1p40))
+        return -1;
+    double const whole = std::nearbyint(scaled);
+    if (std::fabs(scaled - whole) > 0.499)
+        return -1;
+    auto magnitude = static_cast<std::uint64_t>(std::fabs(whole));
+    char* out = text;
+    if (magnitude != 0 && std::signbit(degrees))
+        *out++ = '-';
+    out = std::to_chars(out, out + 20, magnitude / 1000000000u).ptr;
+    auto fraction = static_cast<unsigned>(magnitude % 1000000000u);
+    if (fraction != 0) {
+        *out++ = '.';
+        int digits = 9;
+        while (fraction % 10 == 0) {
+            fraction /= 10;
+            --digits;
+        }
+        for (int i = digits - 1; i >= 0; --i, fraction /= 10)
+            out[i] = static_cast<char>('0' + fraction % 10);
+        out += digits;
+    }
+    return static_cast<int>(out - text);
+}
+
+} // namespace
+
 int format_degrees(double degrees, char* text) {
-    // std::to_chars rounds exactly, like QString::number, and allocates
-    // nothing: large line strings format millions of these.
+    // Nearly every coordinate takes the integer path; std::to_chars, which
+    // rounds exactly like QString::number, takes the rest. Neither allocates:
+    // large line strings format millions of these.
+    int const size = format_nanodegrees(degrees, text);
+    if (size >= 0)
+        return size;
     char* end =
         std::to_chars(text, text + degrees_text_size, degrees, std::chars_format::fixed, 9).ptr;
     if (std::find(text, end, '.') != end) {

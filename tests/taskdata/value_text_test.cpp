@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
+#include <random>
+
 using namespace TC::Task_data::detail;
 
 TEST(ValueText, DegreesKeepAtMostNineFractionDigits) {
@@ -36,4 +40,40 @@ TEST(ValueText, OnlyCharactersXmlCannotHoldAreReplaced) {
               QStringLiteral("a\uFFFD\uFFFDb"));
     EXPECT_EQ(xml_safe(QString(QChar(0xDC00)) + QChar(0xD800)), QStringLiteral("\uFFFD\uFFFD"));
     EXPECT_EQ(xml_safe(QString(QChar(0xFFFE))), QStringLiteral("\uFFFD"));
+}
+
+namespace {
+
+// The exact rounding of std::to_chars, as the text of degrees has it.
+QString exactly_rounded_degrees(double degrees) {
+    char text[degrees_text_size];
+    char* end =
+        std::to_chars(text, text + degrees_text_size, degrees, std::chars_format::fixed, 9).ptr;
+    QString result = QString::fromLatin1(text, static_cast<int>(end - text));
+    while (result.endsWith(QLatin1Char('0')))
+        result.chop(1);
+    if (result.endsWith(QLatin1Char('.')))
+        result.chop(1);
+    return result == QLatin1String("-0") ? QStringLiteral("0") : result;
+}
+
+} // namespace
+
+TEST(ValueText, DegreesAreRoundedExactlyEverywhere) {
+    // Midpoints between two nanodegrees, their neighbours, and values far
+    // beyond any coordinate take the exact path.
+    for (double const degrees :
+         {0.0000000005, -0.0000000005, 0.0000000015, 0.5e-9 + 1e-24, 1.0000000005,
+          std::nextafter(2.5e-9, 0.0), std::nextafter(2.5e-9, 1.0), 1099.9999999995, 1e12, -1e300,
+          5e-324})
+        EXPECT_EQ(format_degrees(degrees), exactly_rounded_degrees(degrees)) << degrees;
+
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> coordinate(-180.0, 180.0);
+    std::uniform_int_distribution<int> exponent(-12, 3);
+    for (int i = 0; i < 200000; ++i) {
+        double const degrees =
+            i % 2 ? coordinate(random) : std::ldexp(coordinate(random), exponent(random));
+        ASSERT_EQ(format_degrees(degrees), exactly_rounded_degrees(degrees)) << degrees;
+    }
 }
