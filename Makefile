@@ -3,7 +3,7 @@
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps build demo test clean
+.PHONY: deps build demo test test-sanitize clean
 
 deps:
 	scripts/install-deps.sh
@@ -18,13 +18,27 @@ demo: build
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure --no-tests=error -j $(JOBS)
 
+# Every test again with AddressSanitizer and UndefinedBehaviorSanitizer.
+SANITIZE_DIR ?= build-sanitize
+test-sanitize: deps
+	cmake -S . -B $(SANITIZE_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DWARNINGS_AS_ERRORS=ON -DSANITIZE=ON
+	cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	ctest --test-dir $(SANITIZE_DIR) --output-on-failure --no-tests=error -j $(JOBS)
+
 clean:
-	rm -rf $(BUILD_DIR) out
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) out
 
 # Benchmarks print their figures; they are never part of `make test`.
 .PHONY: bench
 bench: build
 	set -e; for b in $(BUILD_DIR)/bench/*/*_bench; do echo "== $$b"; $$b; done
+
+# Runs every libFuzzer target for FUZZ_SECONDS each, built with clang into
+# build-fuzz; never part of `make test`, which only replays the corpora.
+FUZZ_SECONDS ?= 60
+.PHONY: fuzz
+fuzz: deps
+	scripts/fuzz.sh $(FUZZ_SECONDS)
 
 # Fails when a C++ source is not formatted as .clang-format says.
 .PHONY: format-check

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs every package needed to build, test and benchmark the project on
+# Installs every package needed to build, test, benchmark and fuzz the project on
 # Debian 12. Does nothing when all of them are already installed.
 set -euo pipefail
 
@@ -11,6 +11,7 @@ packages=(
   libproj-dev
   libxml2-utils python3
   clang-format
+  clang libclang-rt-14-dev
 )
 
 missing=()

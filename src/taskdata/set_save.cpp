@@ -205,7 +205,7 @@ public:
 
 private:
     bool append_plain(PointBlock const& points, int index) {
-        static constexpr QLatin1String defaults[] = {
+        static QLatin1String const defaults[] = {
             QLatin1String(" A=\"2\""), QLatin1String(" C=\"0\""), QLatin1String(" D=\"0\"")};
         bool all_plain = true;
         bool given[3] = {false, false, false};

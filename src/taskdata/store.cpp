@@ -41,7 +41,12 @@ QString load_task_data(QString const& input_dir, QString const& output_dir) {
     }
 
     element_man.create();
-    xml_file = new XML_interface(file.fileName(), true, false, false, false);
+    // Made at the first load and kept for the process; a later load names
+    // its set on the same one.
+    if (!xml_file)
+        xml_file = new XML_interface(file.fileName(), true, false, false, false);
+    else
+        xml_file->set(file.fileName(), true, false, false, false);
     if (!element_man.load_xml(*xml_file)) {
         qDebug() << xml_file->error();
         return QStringLiteral("could not load taskdata from %1").arg(file.fileName());

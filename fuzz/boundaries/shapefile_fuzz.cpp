@@ -1,0 +1,22 @@
+// The .shp, .shx and .dbf of one shapefile, in this order, read as a field's
+// boundary and as its project and optimal lines.
+#include "boundaries/boundary_files.h"
+#include "boundaries/boundary_polygons.h"
+#include "boundaries/shape_lines.h"
+#include "fuzz_support/fuzz_support.h"
+
+using TC::Task_data::Elements::Client::Partfield;
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    QString const dir = fuzz_support::fresh_dir();
+    fuzz_support::write_files(dir,
+                              {QStringLiteral("Lines/Lines.shp"), QStringLiteral("Lines/Lines.shx"),
+                               QStringLiteral("Lines/Lines.dbf")},
+                              fuzz_support::split_files(data, size));
+    QString const shp_path = dir + QStringLiteral("/Lines/Lines.shp");
+    Partfield const field = fuzz_support::fresh_field();
+    write_boundaries(field, read_shape_boundaries(shp_path));
+    import_project_shapefile(shp_path, field.create_guidance_paths(true));
+    import_optimal_shapefile(shp_path, field.create_guidance_paths(true));
+    return 0;
+}

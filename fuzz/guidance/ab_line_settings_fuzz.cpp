@@ -1,0 +1,15 @@
+// An AB line's settings file and its Tramline.ini, in this order, imported
+// into a field.
+#include "fuzz_support/fuzz_support.h"
+#include "guidance/ab_lines.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    QString const field_dir = fuzz_support::fresh_dir();
+    fuzz_support::write_files(field_dir,
+                              {QStringLiteral("ABLines/Line/Line.ini"),
+                               QStringLiteral("ABLines/Line/Tramline/Tramline.ini")},
+                              fuzz_support::split_files(data, size));
+    BaseStationTable base_stations;
+    import_ab_lines(QDir(field_dir), fuzz_support::fresh_field(), base_stations);
+    return 0;
+}

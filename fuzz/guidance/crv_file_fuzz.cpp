@@ -1,0 +1,16 @@
+// Any bytes as a .crv file: its reference and its segments.
+#include "fuzz_support/fuzz_support.h"
+#include "guidance/crv_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    QString const dir = fuzz_support::fresh_dir();
+    fuzz_support::write_files(dir, {QStringLiteral("Curve.crv")},
+                              {fuzz_support::whole_file(data, size)});
+    QString const path = dir + QStringLiteral("/Curve.crv");
+    double latitude = 0.0;
+    double longitude = 0.0;
+    double height = 0.0;
+    read_crv_reference(path, latitude, longitude, height);
+    read_crv_segments(path);
+    return 0;
+}

@@ -1,0 +1,12 @@
+// Any bytes as a product's settings file, imported into the store.
+#include "fuzz_support/fuzz_support.h"
+#include "products/product_import.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    QString const dir = fuzz_support::fresh_dir();
+    fuzz_support::write_files(dir, {QStringLiteral("Products/Product/Product.ini")},
+                              {fuzz_support::whole_file(data, size)});
+    fuzz_support::fresh_field();
+    import_product(QDir(dir + QStringLiteral("/Products/Product")));
+    return 0;
+}
