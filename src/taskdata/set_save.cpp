@@ -23,6 +23,24 @@ QString const software_version = QStringLiteral("1.0");
 
 using Attrs = std::vector<Attr>;
 
+// The attributes a PNT is written with when nothing set them: point type
+// "other" at position 0, 0.
+struct PointDefault {
+    char name;
+    QLatin1String value;
+};
+PointDefault const point_defaults[] = {
+    {'A', QLatin1String("2")}, {'C', QLatin1String("0")}, {'D', QLatin1String("0")}};
+constexpr int point_default_count = 3;
+
+// Which of the point defaults the attribute `name` stands for, or -1.
+int point_default_index(QLatin1String name) {
+    for (int i = 0; i < point_default_count; ++i)
+        if (name.size() == 1 && name.at(0) == QLatin1Char(point_defaults[i].name))
+            return i;
+    return -1;
+}
+
 // Adds `name` with `value` unless the element already holds a value for it.
 void add_default(Attrs& attrs, QByteArray const& name, QString const& value) {
     Attr& attr = attr_record(attrs, name);
@@ -67,9 +85,8 @@ Attrs written_attributes(Node const& node) {
         bool const guidance = node.parent && node.parent->tag == "GPN";
         add_default(attrs, "A", guidance ? QStringLiteral("5") : QStringLiteral("1"));
     } else if (tag == "PNT") {
-        add_default(attrs, "A", QStringLiteral("2"));
-        add_default(attrs, "C", QStringLiteral("0"));
-        add_default(attrs, "D", QStringLiteral("0"));
+        for (PointDefault const& point_default : point_defaults)
+            add_default(attrs, QByteArray(1, point_default.name), point_default.value);
     } else if (tag == "BSN") {
         add_default(attrs, "B", QString());
         add_default(attrs, "C", QStringLiteral("0"));
@@ -115,7 +132,7 @@ public:
             flush();
     }
 
-    // The text the writer wrote since the last call of text() or bytes().
+    // The writer's text that bytes() has not yet taken into the chunk.
     QString const& text() const { return text_; }
 
     // The chunk, with the writer's text in it. Bytes appended here must be
@@ -155,19 +172,17 @@ void write_attributes(QXmlStreamWriter& xml, Attrs const& attrs) {
 
 void write_point(QXmlStreamWriter& xml, PointBlock const& points, int index) {
     xml.writeStartElement(QStringLiteral("PNT"));
-    bool type = false, north = false, east = false;
+    bool given[point_default_count] = {};
     points.for_each(index, [&](QLatin1String name, QString const& value) {
-        type = type || name == QLatin1String("A");
-        north = north || name == QLatin1String("C");
-        east = east || name == QLatin1String("D");
+        int const default_index = point_default_index(name);
+        if (default_index >= 0)
+            given[default_index] = true;
         xml.writeAttribute(attribute_name(name), xml_safe(value));
     });
-    if (!type)
-        xml.writeAttribute(QStringLiteral("A"), QStringLiteral("2"));
-    if (!north)
-        xml.writeAttribute(QStringLiteral("C"), QStringLiteral("0"));
-    if (!east)
-        xml.writeAttribute(QStringLiteral("D"), QStringLiteral("0"));
+    for (int i = 0; i < point_default_count; ++i)
+        if (!given[i])
+            xml.writeAttribute(QString(QChar::fromLatin1(point_defaults[i].name)),
+                               point_defaults[i].value);
     xml.writeEndElement();
 }
 
@@ -205,22 +220,24 @@ public:
 
 private:
     bool append_plain(PointBlock const& points, int index) {
-        static QLatin1String const defaults[] = {
-            QLatin1String(" A=\"2\""), QLatin1String(" C=\"0\""), QLatin1String(" D=\"0\"")};
         bool all_plain = true;
-        bool given[3] = {false, false, false};
+        bool given[point_default_count] = {};
         qsizetype size = indent_.size() + 6; // "<PNT" and "/>"
+        auto entry_size = [](QLatin1String name, QLatin1String value) {
+            return name.size() + value.size() + 4; // ' ', '=' and the quotes
+        };
         points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
             all_plain = all_plain && plain(value);
-            for (int i = 0; i < 3; ++i)
-                given[i] = given[i] || name == QLatin1String(&"ACD"[i], 1);
-            size += name.size() + value.size() + 4; // ' ', '=' and the quotes
+            int const default_index = point_default_index(name);
+            if (default_index >= 0)
+                given[default_index] = true;
+            size += entry_size(name, value);
         });
         if (!all_plain)
             return false;
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < point_default_count; ++i)
             if (!given[i])
-                size += defaults[i].size();
+                size += entry_size(QLatin1String(" "), point_defaults[i].value);
         QByteArray& bytes = out_.bytes();
         qsizetype const start = bytes.size();
         bytes.resize(static_cast<int>(start + size));
@@ -229,18 +246,21 @@ private:
             std::memcpy(out, text, static_cast<size_t>(length));
             out += length;
         };
-        put(indent_.constData(), indent_.size());
-        put("<PNT", 4);
-        points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
+        auto put_attribute = [&](char const* name, qsizetype name_size, QLatin1String value) {
             *out++ = ' ';
-            put(name.data(), name.size());
+            put(name, name_size);
             put("=\"", 2);
             put(value.data(), value.size());
             *out++ = '"';
+        };
+        put(indent_.constData(), indent_.size());
+        put("<PNT", 4);
+        points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
+            put_attribute(name.data(), name.size(), value);
         });
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < point_default_count; ++i)
             if (!given[i])
-                put(defaults[i].data(), defaults[i].size());
+                put_attribute(&point_defaults[i].name, 1, point_defaults[i].value);
         put("/>", 2);
         return true;
     }
