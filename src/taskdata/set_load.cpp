@@ -115,7 +115,7 @@ protected:
             oversized_ = true;
         if (failed())
             return -1;
-        std::memcpy(data, out_.constData() + out_taken_, static_cast<size_t>(count));
+        std::memcpy(data, out_ + out_taken_, static_cast<size_t>(count));
         out_taken_ += count;
         return count;
     }
@@ -125,42 +125,61 @@ protected:
 private:
     bool exhausted() const { return final_ && !run_ && from_ >= text_.size(); }
     bool failed() const { return oversized_ || !read_error_.isEmpty(); }
-    qint64 pending() const { return out_.size() - out_taken_; }
+    qint64 pending() const { return out_size_ - out_taken_; }
 
-    // Fills `out_` with what the reader gets next.
+    // Points `out_` at what the reader gets next. That is mostly a stretch
+    // of `text_`, which therefore changes only here, once the reader has
+    // had all of the former stretch.
     void produce() {
         out_taken_ = 0;
         if (run_) {
             char const* const begin = text_.constData() + from_;
             char const* const end = text_.constData() + run_->run_end;
             out_is_file_text_ = !take_run_(scanner_.run(), run_->line_string);
-            if (out_is_file_text_)
-                out_ = QByteArray(begin, static_cast<int>(end - begin));
-            else
-                out_ = QByteArray(static_cast<int>(std::count(begin, end, '\n')), '\n');
+            if (out_is_file_text_) {
+                hand_out(begin, end - begin);
+            } else {
+                line_breaks_.fill('\n', static_cast<int>(std::count(begin, end, '\n')));
+                hand_out(line_breaks_.constData(), line_breaks_.size());
+            }
             from_ = run_->run_end;
             run_.reset();
             return;
         }
+        if (needs_piece_) {
+            read_piece();
+            needs_piece_ = false;
+        }
         PointRunScanner::Step const step = scanner_.next(text_, from_, final_);
-        out_ = text_.mid(from_, step.ordinary_end - from_);
+        hand_out(text_.constData() + from_, step.ordinary_end - from_);
         out_is_file_text_ = true;
         from_ = step.ordinary_end;
         if (step.run)
             run_ = step; // taken when the reader has had `out_`
-        else if (!final_)
-            read_piece();
+        else
+            needs_piece_ = !final_;
     }
 
+    void hand_out(char const* data, qint64 size) {
+        out_ = data;
+        out_size_ = size;
+    }
+
+    // Appends the next piece of the file to what is left of `text_`. The
+    // buffer is kept from piece to piece: a fresh one of this size costs the
+    // kernel more to hand over than the read itself.
     void read_piece() {
-        constexpr qint64 piece_size = 1 << 22;
-        QByteArray const piece = file_.read(piece_size);
-        if (file_.error() != QFileDevice::NoError)
-            read_error_ = file_.errorString();
-        final_ = piece.isEmpty();
+        constexpr int piece_size = 1 << 22;
         text_.remove(0, static_cast<int>(from_));
-        text_ += piece;
         from_ = 0;
+        int const kept = text_.size();
+        text_.reserve(kept + piece_size);
+        text_.resize(kept + piece_size);
+        qint64 const read = file_.read(text_.data() + kept, piece_size);
+        if (read < 0)
+            read_error_ = file_.errorString();
+        text_.resize(kept + static_cast<int>(std::max<qint64>(read, 0)));
+        final_ = read <= 0;
     }
 
     QFile& file_;
@@ -169,8 +188,11 @@ private:
     QByteArray text_;
     qsizetype from_ = 0;
     bool final_ = false;
+    bool needs_piece_ = true;
     std::optional<PointRunScanner::Step> run_;
-    QByteArray out_;
+    QByteArray line_breaks_;    // what a taken run leaves to the reader
+    char const* out_ = nullptr; // into text_ or line_breaks_
+    qint64 out_size_ = 0;
     qint64 out_taken_ = 0;         // of out_, what the reader has had
     bool out_is_file_text_ = true; // not the line breaks that stand for a run
     qint64 token_size_ = 0;
