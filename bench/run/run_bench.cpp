@@ -1,9 +1,11 @@
 // The whole tool on heavy display trees: scales 0.25, 0.5 and 1 of the
 // generated tree, each migrated onto an empty set and then with -m onto the
 // set that first run saved. Each run is the real binary in a child process,
-// started after a sync; the median of several runs is kept. Prints per run the wall time, output
-// points per second, peak RSS and its bytes per output point, and the growth
-// exponent of the time between scales (1.0 is linear).
+// started after a sync. The runs go in rounds over all scales, and the median
+// of the rounds is kept. Prints per run the wall time with the tool's user
+// and system time, output points per second, peak RSS and its bytes per
+// output point, and the growth exponent of the time between scales (1.0 is
+// linear). All trees and sets stay on disk until the end: about 10 GB.
 //
 //   run_bench [--runs N] [--scales 0.25,0.5,1] [--seed N]
 
@@ -76,65 +78,71 @@ void copy_set(QString const& from, QString const& to) {
     }
 }
 
+// One scale of the tree and its runs.
 struct Measured {
     double scale = 0.0;
+    QString data;   // the generated tree
+    QString first;  // the set of the run onto an empty set
+    QString second; // the set of the -m run
+    display_tree::Counts counts;
+    double generating = 0.0;     // seconds
     long long points = 0;        // written by the first run
     long long merged_points = 0; // by the -m run, which adds its line groups again
+    std::vector<ToolRun> fresh_runs;
+    std::vector<ToolRun> merged_runs;
     ToolRun fresh;
     ToolRun merged;
 };
 
-void report(char const* what, long long points, ToolRun const& run) {
-    double const rss_bytes = run.peak_rss_kib * 1024.0;
-    std::printf("  %-30s %7.2f s  %6.2f M points/s  peak RSS %7.1f MB  %6.1f bytes/point\n", what,
-                run.seconds, points / run.seconds / 1e6, rss_bytes / 1e6, rss_bytes / points);
-}
-
-Measured measure(QString const& scratch, double scale, std::uint32_t seed, int runs) {
-    QString const tag = QStringLiteral("scale-%1").arg(scale);
-    QString const data = QStringLiteral("%1/%2/data").arg(scratch, tag);
-    QString const first = QStringLiteral("%1/%2/first").arg(scratch, tag);
-    QString const second = QStringLiteral("%1/%2/second").arg(scratch, tag);
-
-    auto const start = std::chrono::steady_clock::now();
-    display_tree::Counts const counts = display_tree::generate(data, seed, scale);
-    double const generating =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-
+Measured generate(QString const& scratch, double scale, std::uint32_t seed) {
+    QString const base = QStringLiteral("%1/scale-%2").arg(scratch).arg(scale);
     Measured result;
     result.scale = scale;
-    std::vector<ToolRun> fresh;
-    for (int i = 0; i < runs; ++i) {
-        QDir(first).removeRecursively();
-        fresh.push_back(run_tool({QStringLiteral("-O"), first, data}));
-    }
-    result.fresh = median(fresh);
-    result.points = count_points(first);
+    result.data = base + QStringLiteral("/data");
+    result.first = base + QStringLiteral("/first");
+    result.second = base + QStringLiteral("/second");
+    auto const start = std::chrono::steady_clock::now();
+    result.counts = display_tree::generate(result.data, seed, scale);
+    result.generating =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
+}
 
-    // The second run starts from the first run's set, where the tool looks
-    // for a set of the display's own.
-    copy_set(first, data + QStringLiteral("/taskdata"));
-    std::vector<ToolRun> merged;
-    for (int i = 0; i < runs; ++i) {
-        QDir(second).removeRecursively();
-        merged.push_back(run_tool({QStringLiteral("-m"), QStringLiteral("-O"), second, data}));
-    }
-    result.merged = median(merged);
-    result.merged_points = count_points(second);
+// One run onto an empty set, then one with -m onto the set it saved, which
+// is where the tool looks for a set of the display's own.
+void run_pair(Measured& measured) {
+    QString const own_set = measured.data + QStringLiteral("/taskdata");
+    QDir(own_set).removeRecursively();
+    QDir(measured.first).removeRecursively();
+    measured.fresh_runs.push_back(run_tool({QStringLiteral("-O"), measured.first, measured.data}));
+    copy_set(measured.first, own_set);
+    QDir(measured.second).removeRecursively();
+    measured.merged_runs.push_back(
+        run_tool({QStringLiteral("-m"), QStringLiteral("-O"), measured.second, measured.data}));
+}
 
+void report(char const* what, long long points, ToolRun const& run) {
+    double const rss_bytes = run.peak_rss_kib * 1024.0;
+    std::printf("  %-27s %6.2f s (user %5.2f s, system %5.2f s)  %5.2f M points/s  peak RSS "
+                "%7.1f MB  %5.1f bytes/point\n",
+                what, run.seconds, run.user_seconds, run.system_seconds, points / run.seconds / 1e6,
+                rss_bytes / 1e6, rss_bytes / points);
+}
+
+void report(Measured const& measured) {
     std::printf("scale %.2f: %d clients, %d fields, %d products, %d mixtures; %lld source "
                 "points, %.0f MB of source files (written in %.1f s); %lld points written, "
                 "TASKDATA.XML %.0f MB (%lld points after the -m run)\n",
-                scale, counts.clients, counts.fields, counts.products, counts.mixtures,
-                static_cast<long long>(counts.source_points), counts.bytes / 1e6, generating,
-                result.points, QFileInfo(first + QStringLiteral("/TASKDATA.XML")).size() / 1e6,
-                result.merged_points);
-    report("onto an empty set", result.points, result.fresh);
-    report("with -m onto the saved set", result.merged_points, result.merged);
-    std::printf("  -m run over first run: %.2f\n", result.merged.seconds / result.fresh.seconds);
-    std::fflush(stdout);
-    QDir(QStringLiteral("%1/%2").arg(scratch, tag)).removeRecursively();
-    return result;
+                measured.scale, measured.counts.clients, measured.counts.fields,
+                measured.counts.products, measured.counts.mixtures,
+                static_cast<long long>(measured.counts.source_points), measured.counts.bytes / 1e6,
+                measured.generating, measured.points,
+                QFileInfo(measured.first + QStringLiteral("/TASKDATA.XML")).size() / 1e6,
+                measured.merged_points);
+    report("onto an empty set", measured.points, measured.fresh);
+    report("with -m onto the saved set", measured.merged_points, measured.merged);
+    std::printf("  -m run over first run: %.2f\n",
+                measured.merged.seconds / measured.fresh.seconds);
 }
 
 // t ~ n^k between two sizes: k = log(t2 / t1) / log(n2 / n1).
@@ -162,14 +170,28 @@ int main(int argc, char* argv[]) {
         }
     }
 
-    std::printf("%s; the tool runs on one thread; median of %d runs\n",
+    std::printf("%s; the tool runs on one thread; median of %d rounds, each a run of every "
+                "scale\n",
                 bench_support::machine_line().c_str(), runs);
     QTemporaryDir scratch;
     if (!scratch.isValid())
         fail(QStringLiteral("cannot create a temporary directory"));
     std::vector<Measured> measured;
     for (double scale : scales)
-        measured.push_back(measure(scratch.path(), scale, seed, runs));
+        measured.push_back(generate(scratch.path(), scale, seed));
+    // Rounds over all scales rather than all runs of one scale after
+    // another: a slow spell of a shared machine then touches every scale
+    // alike instead of bending the growth between two of them.
+    for (int round = 0; round < runs; ++round)
+        for (Measured& scale : measured)
+            run_pair(scale);
+    for (Measured& scale : measured) {
+        scale.fresh = median(scale.fresh_runs);
+        scale.merged = median(scale.merged_runs);
+        scale.points = count_points(scale.first);
+        scale.merged_points = count_points(scale.second);
+        report(scale);
+    }
 
     for (std::size_t i = 1; i < measured.size(); ++i) {
         Measured const& a = measured[i - 1];

@@ -22,6 +22,8 @@ namespace bench_support {
 struct ToolRun {
     bool succeeded = false; // started, and ended with status 0
     double seconds = 0.0;
+    double user_seconds = 0.0;   // processor time in the tool's own code
+    double system_seconds = 0.0; // and in the kernel on its behalf
     long peak_rss_kib = 0;
 };
 
@@ -44,6 +46,9 @@ inline ToolRun run_tool(QString const& program, QStringList const& arguments) {
     if (wait4(pid, &status, 0, &usage) != pid)
         return run;
     run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    auto seconds = [](timeval const& time) { return time.tv_sec + time.tv_usec / 1e6; };
+    run.user_seconds = seconds(usage.ru_utime);
+    run.system_seconds = seconds(usage.ru_stime);
     run.peak_rss_kib = usage.ru_maxrss;
     run.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return run;
