@@ -12,6 +12,8 @@
 #include <functional>
 #include <optional>
 
+#include <fcntl.h>
+
 namespace TC::Task_data::detail {
 
 namespace {
@@ -180,6 +182,17 @@ private:
             read_error_ = file_.errorString();
         text_.resize(kept + static_cast<int>(std::max<qint64>(read, 0)));
         final_ = read <= 0;
+        drop_behind();
+    }
+
+    // The set is read once, and a save replaces it: what has been read need
+    // not stay in the page cache, where a set of gigabytes would push out
+    // everything else and take fresh memory for all of it. Only advice.
+    void drop_behind() {
+        qint64 const position = file_.pos();
+        if (position > dropped_)
+            ::posix_fadvise(file_.handle(), dropped_, position - dropped_, POSIX_FADV_DONTNEED);
+        dropped_ = position;
     }
 
     QFile& file_;
@@ -189,6 +202,7 @@ private:
     qsizetype from_ = 0;
     bool final_ = false;
     bool needs_piece_ = true;
+    qint64 dropped_ = 0; // bytes of the file advised out of the page cache
     std::optional<PointRunScanner::Step> run_;
     QByteArray line_breaks_;    // what a taken run leaves to the reader
     char const* out_ = nullptr; // into text_ or line_breaks_
