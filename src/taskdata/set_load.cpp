@@ -185,9 +185,9 @@ private:
         drop_behind();
     }
 
-    // The set is read once, and a save replaces it: what has been read need
-    // not stay in the page cache, where a set of gigabytes would push out
-    // everything else and take fresh memory for all of it. Only advice.
+    // A set's files are read once: what has been read need not stay in the
+    // page cache, where a set of gigabytes would push out everything else
+    // and take fresh memory for all of it. Only advice.
     void drop_behind() {
         qint64 const position = file_.pos();
         if (position > dropped_)
