@@ -1,6 +1,7 @@
 #include "boundaries/boundary_polygons.h"
 
 #include "coordinates/local_frame.h"
+#include "polygons/path_measures.h"
 #include "taskdata/proprietary.h"
 #include "taskdata/whole_numbers.h"
 
@@ -123,15 +124,11 @@ double boundary_area(BoundaryRecord const& record) {
     if (points.size() < 3)
         return 0.0;
     LocalFrame const frame(points.front());
-    std::vector<LocalPoint> local;
+    Path local;
     local.reserve(points.size());
     for (GeoPoint const& point : points)
         local.push_back(frame.toLocal(point));
-    // Single precision throughout, as the display sums it: that decides the
+    // Summed in single precision, as the display sums it: that decides the
     // last digits of large areas.
-    float sum = 0.0f;
-    for (size_t i = 0; i + 1 < local.size(); ++i)
-        sum += local[i].x * local[i + 1].y - local[i + 1].x * local[i].y;
-    sum += local.back().x * local.front().y - local.front().x * local.back().y;
-    return static_cast<double>(std::fabs(sum * 0.5f));
+    return static_cast<double>(std::fabs(signedArea(local)));
 }
