@@ -1,0 +1,155 @@
+// Segments: headings through their two reciprocals, positions along the line, the half-open
+// crossings, and the two sign conventions of the track operations.
+#include "patterns/segment.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+void expectPoint(LocalPoint actual, LocalPoint expected) {
+    EXPECT_EQ(actual.x, expected.x);
+    EXPECT_EQ(actual.y, expected.y);
+}
+
+// Heads north from the origin: the right side has positive x.
+TSegment const north(0, 0, 0, 100);
+
+} // namespace
+
+TEST(Segment, HeadingsAreClockwiseFromNorthThroughTwoReciprocals) {
+    struct Case {
+        float dx, dy, heading;
+    };
+    // a = atan2f(dx, dy), then 1 / ((1 / a) * 0.017453292f) in float, plus 360 below 0; the
+    // figures are that chain carried out by hand in single precision, for directions whose
+    // atan2f every C library rounds correctly.
+    Case const cases[] = {
+        {1, 0, 90.00000762939453f},
+        {0, 1, 0.0f},
+        {-1, 0, 270.0f},
+        {0, -1, 180.00001525878906f},
+        {1, 1, 45.000003814697266f},
+        {-1, -1, 225.0f},
+    };
+    for (Case const& c : cases)
+        EXPECT_EQ(TSegment(1, 2, 1 + c.dx, 2 + c.dy).heading(), c.heading) << c.dx << " " << c.dy;
+
+    for (float heading : {0.0f, 1.0f, 89.5f, 90.0f, 179.0f, 180.0f, 269.0f, 300.0f, 359.5f}) {
+        TSegment segment;
+        segment.setByHeading({5, -7}, heading, 25.0f);
+        EXPECT_NEAR(segment.heading(), heading, 1e-3f);
+        EXPECT_NEAR(segment.length(), 25.0f, 1e-5f);
+    }
+}
+
+TEST(Segment, ZeroLengthSegmentsHaveFixedAnswers) {
+    TSegment const point({3, 4});
+    expectPoint(point.direction(), {0, 1});
+    expectPoint(point.normal(), {0, 1});
+    expectPoint(point.footPoint({9, 9}), {3, 4});
+    expectPoint(point.closestPoint({9, 9}), {3, 4});
+    LocalPoint out{1, 1};
+    EXPECT_FALSE(point.intersectLine(north, out));
+    EXPECT_FALSE(north.intersectSegment(point, out));
+    expectPoint(out, {1, 1});
+}
+
+TEST(Segment, PointsAgainstTheLine) {
+    expectPoint(north.normal(), {1, 0});
+    EXPECT_EQ(north.signedLineDistance({3, 50}, {0, 1}), 3.0f);
+    EXPECT_EQ(north.signedLineDistance({-3, 50}, {0, 1}), -3.0f);
+    EXPECT_EQ(north.signedLineDistance({-3, 50}, {0, -1}), 3.0f);
+
+    // The x axis decides first: x says before start although y says behind end.
+    TSegment const diagonal(0, 0, 10, 10);
+    EXPECT_EQ(diagonal.positionOf({-1, 20}), -1);
+    EXPECT_EQ(diagonal.positionOf(diagonal.start()), 0);
+    EXPECT_EQ(diagonal.positionOf(diagonal.end()), 0);
+    EXPECT_EQ(TSegment(10, 0, 10, 5).positionOf({10, 6}), 1);
+
+    TSegment const east(0, 0, 10, 0);
+    expectPoint(east.closestPoint({15, 3}), {10, 0});
+    expectPoint(east.closestOnRay({15, 3}, true), {15, 0});
+    expectPoint(east.closestOnRay({15, 3}, false), {10, 0});
+    expectPoint(east.closestOnRay({-5, 3}, false), {-5, 0});
+    expectPoint(east.closestOnRay({-5, 3}, true), {0, 0});
+    EXPECT_EQ(east.rayDistanceSquared({15, 3}, true), 9.0f);
+
+    float x = 99;
+    EXPECT_FALSE(east.xAtY(0, x));
+    EXPECT_FALSE(TSegment(0, 0, 10, 20).xAtY(21, x));
+    EXPECT_EQ(x, 99.0f);
+    ASSERT_TRUE(TSegment(0, 0, 10, 20).xAtY(10, x));
+    EXPECT_EQ(x, 5.0f);
+}
+
+TEST(Segment, CrossingsAreHalfOpen) {
+    struct Case {
+        TSegment self, other;
+        bool crosses;
+    };
+    // Each crossing lies at (5, 0); t and s come out as 0.5, 0 or 1 exactly.
+    Case const cases[] = {
+        {{0, 0, 10, 0}, {5, -5, 5, 5}, true},
+        {{0, 0, 10, 0}, {5, -5, 5, 0}, false}, // the other's end on this one
+        {{0, 0, 10, 0}, {5, 0, 5, 5}, true},   // the other's start on this one
+        {{0, 0, 5, 0}, {5, -5, 5, 5}, false},  // this one's end on the other
+        {{5, 0, 10, 0}, {5, -5, 5, 5}, true},  // this one's start on the other
+        {{0, 0, 10, 0}, {0, 1, 10, 1}, false}, // parallel
+        {{0, 0, 10, 0}, {6, -5, 6, std::numeric_limits<float>::infinity()}, false},
+    };
+    for (Case const& c : cases) {
+        LocalPoint out{-1, -1};
+        EXPECT_EQ(c.self.intersectSegment(c.other, out), c.crosses)
+            << c.self.start().x << " " << c.other.start().y << " " << c.other.end().y;
+        if (c.crosses)
+            expectPoint(out, {5, 0});
+    }
+
+    // Parallel lines leave `out` alone; a crossing outside this segment is written anyway.
+    LocalPoint out{-1, -1};
+    EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLine({0, 1, 10, 1}, out));
+    expectPoint(out, {-1, -1});
+    EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLineOnThis({20, -5, 20, 5}, out));
+    expectPoint(out, {20, 0});
+    EXPECT_TRUE(TSegment(0, 0, 10, 0).intersectLine({20, -5, 20, 5}, out));
+}
+
+TEST(Segment, TracksWithBothSignConventions) {
+    struct Case {
+        LocalPoint p, direction;
+        float spacing, width;
+        int sign;
+        float offset;
+        int index;
+        float indexOffset; // from trackIndex
+        int indexIndex;
+    };
+    Case const cases[] = {
+        // 14 and 16 from the line with spacing 10: tracks 1 and 2, 4 off either way.
+        {{14, 50}, {0, 1}, 10, 1, 1, 4, 1, 4, -1},
+        {{16, 50}, {0, 1}, 10, 1, 1, -4, 2, -4, -2},
+        {{-14, 50}, {0, 1}, 10, 1, 1, -4, -1, 4, 1},
+        // Half a spacing counts toward the farther track.
+        {{5, 50}, {0, 1}, 10, 1, 1, -5, 1, -5, -1},
+        // Driving against the line: the point first moves 2 * width along the normal (+x).
+        {{14, 50}, {0, -1}, 10, 1, -1, 4, 2, -4, -1},
+        // No tracks without a positive spacing.
+        {{14, 50}, {0, 1}, 0, 1, 1, 0, 0, 0, 0},
+        {{14, 50}, {0, -1}, std::numeric_limits<float>::quiet_NaN(), 1, 1, 0, 0, 0, 0},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.p.x << " " << c.direction.y << " " << c.spacing);
+        float offset = 99;
+        int index = 99;
+        EXPECT_EQ(north.trackOffset(c.p, c.direction, c.spacing, c.width, offset, index), c.sign);
+        EXPECT_EQ(offset, c.offset);
+        EXPECT_EQ(index, c.index);
+        int const indexSign = north.trackIndex(c.p, c.direction, c.spacing, offset, index);
+        EXPECT_EQ(indexSign, c.spacing > 0 ? (c.direction.y < 0 ? -1 : 1) : 1);
+        EXPECT_EQ(offset, c.indexOffset);
+        EXPECT_EQ(index, c.indexIndex);
+    }
+}
