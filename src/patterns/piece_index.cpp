@@ -5,15 +5,19 @@
 
 namespace {
 
-// A piece whose box spans more cells than this is tried by every search instead of entering its
-// cells, so that one long piece costs one entry.
-std::int64_t const widePieceCells = 64;
+// A piece goes into the finest level where its box spans at most this many cells.
+std::int64_t const mostPieceCells = 64;
+// Cells grow by 2^3 a side from one level to the next.
+int const levelShift = 3;
 // A probe whose box spans more cells than this walks back over all pieces instead.
 std::int64_t const widestProbeCells = 4096;
 // Cell numbers are held to +-2^30, so that box sizes cannot overflow.
 double const farthestCell = 1073741824.0;
 // The points' box spans at most about this many cells a side.
 double const mostCellsASide = 1048576.0;
+// The chain end, and the first number of buckets.
+std::int32_t const noEntry = -1;
+std::size_t const fewestBuckets = 1024;
 
 bool isFinite(TSegment const& segment) {
     return std::isfinite(segment.start().x) && std::isfinite(segment.start().y) &&
@@ -57,6 +61,13 @@ PieceIndex::PieceIndex(Path const& points, double cellSize) {
     originX = bounds.x0;
     originY = bounds.y0;
     inverseCellSize = 1.0 / cellSize;
+    std::size_t size = fewestBuckets;
+    // Room for a few cells a piece before the buckets have to grow.
+    while (size < 4 * points.size())
+        size *= 2;
+    buckets.assign(size, noEntry);
+    pieces.reserve(points.size());
+    entries.reserve(size);
 }
 
 double PieceIndex::cellSizeFor(Path const& points, double smallest) {
@@ -84,85 +95,134 @@ std::int32_t PieceIndex::cellOf(float value, double origin) const {
     return static_cast<std::int32_t>(std::clamp(cell, -farthestCell, farthestCell));
 }
 
-PieceIndex::Box PieceIndex::boxOf(TSegment const& segment) const {
-    LocalPoint const a = segment.start();
-    LocalPoint const b = segment.end();
+PieceIndex::Box PieceIndex::boxOf(LocalPoint a, LocalPoint b) const {
     return {cellOf(std::min(a.x, b.x), originX), cellOf(std::min(a.y, b.y), originY),
             cellOf(std::max(a.x, b.x), originX), cellOf(std::max(a.y, b.y), originY)};
 }
 
-std::uint64_t PieceIndex::keyOf(std::int32_t x, std::int32_t y) {
-    return std::uint64_t{static_cast<std::uint32_t>(x)} << 32 | static_cast<std::uint32_t>(y);
+PieceIndex::Box PieceIndex::onLevel(Box const& box, int level) {
+    // Arithmetic shifts floor negative cell numbers as well.
+    int const shift = levelShift * level;
+    return {box.x0 >> shift, box.y0 >> shift, box.x1 >> shift, box.y1 >> shift};
+}
+
+std::size_t PieceIndex::bucketOf(int level, std::int32_t x, std::int32_t y) const {
+    // Blocks of 8 x 8 cells take 64 neighbouring buckets, so that a line walking on through
+    // neighbouring cells stays in the same few cache lines; the blocks themselves are spread by
+    // Fibonacci hashing of both block coordinates and the level.
+    std::uint64_t const block = (std::uint64_t{static_cast<std::uint32_t>(x >> 3)} << 32 |
+                                 static_cast<std::uint32_t>(y >> 3)) +
+                                static_cast<std::uint64_t>(level) * 0x632BE59BD9B4E019ull;
+    std::size_t const inBlock = static_cast<std::size_t>((x & 7) << 3 | (y & 7));
+    return (static_cast<std::size_t>((block * 0x9E3779B97F4A7C15ull) >> 32) << 6 | inBlock) &
+           (buckets.size() - 1);
+}
+
+void PieceIndex::enter(int position) {
+    Piece const& piece = pieces[position];
+    Box const box = onLevel(boxOf(piece.start, piece.end), piece.level);
+    for (std::int32_t x = box.x0; x <= box.x1; ++x) {
+        for (std::int32_t y = box.y0; y <= box.y1; ++y) {
+            std::int32_t& head = buckets[bucketOf(piece.level, x, y)];
+            entries.push_back({piece.number, position, head});
+            head = static_cast<std::int32_t>(entries.size() - 1);
+        }
+    }
+}
+
+void PieceIndex::grow() {
+    buckets.assign(buckets.size() * 2, noEntry);
+    entries.clear();
+    for (std::size_t position = 0; position < pieces.size(); ++position)
+        if (pieces[position].level != noLevel)
+            enter(static_cast<int>(position));
 }
 
 void PieceIndex::add(int number, TSegment const& segment) {
     if (!isFinite(segment))
         return;
-    Box const box = boxOf(segment);
-    bool const wide = box.cells() > widePieceCells;
+    Box const box = boxOf(segment.start(), segment.end());
+    int level = 0;
+    while (level < levels && onLevel(box, level).cells() > mostPieceCells)
+        ++level;
     int const position = static_cast<int>(pieces.size());
-    pieces.push_back({number, segment, box, wide});
-    if (wide) {
+    if (level == levels) {
+        pieces.push_back({segment.start(), segment.end(), number, noLevel});
         widePieces.push_back(position);
         return;
     }
-    for (std::int32_t x = box.x0; x <= box.x1; ++x)
-        for (std::int32_t y = box.y0; y <= box.y1; ++y)
-            cells[keyOf(x, y)].push_back(position);
+    pieces.push_back({segment.start(), segment.end(), number, level});
+    ++piecesOnLevel[level];
+    enter(position);
+    if (entries.size() > buckets.size())
+        grow();
 }
 
 void PieceIndex::removeFrom(int number) {
     while (!pieces.empty() && pieces.back().number >= number) {
         Piece const& piece = pieces.back();
-        if (piece.wide) {
+        if (piece.level == noLevel) {
             widePieces.pop_back();
         } else {
-            for (std::int32_t x = piece.box.x0; x <= piece.box.x1; ++x)
-                for (std::int32_t y = piece.box.y0; y <= piece.box.y1; ++y)
-                    cells[keyOf(x, y)].pop_back();
+            // Its entries are the newest, each at the head of its chain: unlinked in reverse.
+            --piecesOnLevel[piece.level];
+            Box const box = onLevel(boxOf(piece.start, piece.end), piece.level);
+            for (std::int32_t x = box.x1; x >= box.x0; --x) {
+                for (std::int32_t y = box.y1; y >= box.y0; --y) {
+                    buckets[bucketOf(piece.level, x, y)] = entries.back().next;
+                    entries.pop_back();
+                }
+            }
         }
         pieces.pop_back();
     }
 }
 
-void PieceIndex::search(std::vector<int> const& positions, TSegment const& probe, int lowest,
-                        int& best, LocalPoint& crossing) const {
-    for (auto position = positions.rbegin(); position != positions.rend(); ++position) {
-        Piece const& piece = pieces[*position];
-        if (piece.number < lowest || piece.number <= best)
-            return;
-        LocalPoint at;
-        if (probe.intersectSegment(piece.segment, at)) {
-            best = piece.number;
-            crossing = at;
-            return;
-        }
-    }
+bool PieceIndex::pastSearch(int number, int lowest, int best) {
+    return number < lowest || number <= best;
+}
+
+bool PieceIndex::tryPiece(int position, TSegment const& probe, int& best,
+                          LocalPoint& crossing) const {
+    LocalPoint at;
+    Piece const& piece = pieces[position];
+    if (!probe.intersectSegment(TSegment(piece.start, piece.end), at))
+        return false;
+    best = piece.number;
+    crossing = at;
+    return true;
 }
 
 int PieceIndex::lastCrossing(TSegment const& probe, int lowest, LocalPoint& crossing) const {
     if (!isFinite(probe))
         return -1;
-    Box const box = boxOf(probe);
+    Box const box = boxOf(probe.start(), probe.end());
     int best = -1;
     if (box.cells() > widestProbeCells) {
-        for (auto piece = pieces.rbegin(); piece != pieces.rend() && piece->number >= lowest;
-             ++piece) {
-            LocalPoint at;
-            if (probe.intersectSegment(piece->segment, at)) {
-                crossing = at;
-                return piece->number;
+        for (int position = static_cast<int>(pieces.size()) - 1;
+             position >= 0 && !pastSearch(pieces[position].number, lowest, best); --position)
+            if (tryPiece(position, probe, best, crossing))
+                break;
+        return best;
+    }
+    for (int level = 0; level < levels; ++level) {
+        if (piecesOnLevel[level] == 0)
+            continue;
+        Box const cells = onLevel(box, level);
+        for (std::int32_t x = cells.x0; x <= cells.x1; ++x) {
+            for (std::int32_t y = cells.y0; y <= cells.y1; ++y) {
+                for (std::int32_t entry = buckets[bucketOf(level, x, y)]; entry != noEntry;
+                     entry = entries[entry].next) {
+                    if (pastSearch(entries[entry].number, lowest, best) ||
+                        tryPiece(entries[entry].position, probe, best, crossing))
+                        break;
+                }
             }
         }
-        return -1;
     }
-    for (std::int32_t x = box.x0; x <= box.x1; ++x) {
-        for (std::int32_t y = box.y0; y <= box.y1; ++y) {
-            auto const cell = cells.find(keyOf(x, y));
-            if (cell != cells.end())
-                search(cell->second, probe, lowest, best, crossing);
-        }
-    }
-    search(widePieces, probe, lowest, best, crossing);
+    for (auto position = widePieces.rbegin(); position != widePieces.rend(); ++position)
+        if (pastSearch(pieces[*position].number, lowest, best) ||
+            tryPiece(*position, probe, best, crossing))
+            break;
     return best;
 }

@@ -43,7 +43,8 @@ Path wanderingCurve(std::mt19937& random, int size) {
         } else {
             heading += bend(random);
         }
-        float const step = 0.5f + 4.0f * unit(random);
+        // Now and then a long straight run, as thinning leaves of a straight drive.
+        float const step = (unit(random) < 0.02f ? 40.0f : 1.0f) * (0.5f + 4.0f * unit(random));
         x += step * std::cos(heading);
         y += step * std::sin(heading);
         float const oddity = unit(random);
