@@ -29,6 +29,7 @@ all_targets=(
   "products product_settings 2048"
   "products mixture_settings 4096"
   "taskdata task_data_set 32768"
+  "patterns guidance_curve 4096"
 )
 
 targets=()

@@ -1,0 +1,89 @@
+// Any bytes as a recorded point stream: a distance, then points each with a control byte, added
+// to a guidance line with queries and parallel curves between them. A parallel curve never has
+// more points than its line has, plus the two end caps of the vertex procedure.
+#include "patterns/guidance_curve.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// Control bits of a point record.
+enum : std::uint8_t {
+    keepAll = 1 << 0,
+    // The two coordinates are the bits of floats (not-a-number, infinities, huge and tiny
+    // values), not whole centimetres: small coordinates make the crossings and cut-backs.
+    rawFloats = 1 << 1,
+    finishLine = 1 << 2,
+    offsetByEventsNow = 1 << 3,
+    offsetByVerticesNow = 1 << 4,
+    forceOffset = 1 << 5,
+};
+
+struct Reader {
+    std::uint8_t const* data;
+    std::size_t size;
+
+    bool has(std::size_t bytes) const { return size >= bytes; }
+    template <typename T> T take() {
+        T value;
+        std::memcpy(&value, data, sizeof value);
+        data += sizeof value;
+        size -= sizeof value;
+        return value;
+    }
+};
+
+void checkOffset(TGuidanceCurve const& line) {
+    if (line.offsetPoints().size() > line.points().size() + 2)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    Reader input{data, size};
+    if (!input.has(sizeof(float)))
+        return 0;
+    float const distance = input.take<float>();
+    TGuidanceCurve line;
+    std::uint8_t control = 0;
+    while (input.has(1 + 2 * sizeof(float))) {
+        control = input.take<std::uint8_t>();
+        LocalPoint point;
+        if (control & rawFloats) {
+            point.x = input.take<float>();
+            point.y = input.take<float>();
+        } else {
+            point.x = static_cast<float>(input.take<std::int32_t>() % 100000) * 0.01f;
+            point.y = static_cast<float>(input.take<std::int32_t>() % 100000) * 0.01f;
+        }
+        line.add(point, control & keepAll);
+        if (control & finishLine)
+            line.finish();
+        TSegment nearest;
+        float squared = 0.0f;
+        line.nearChord(point, distance);
+        line.nearestSegment(point, nearest);
+        line.squaredDistance(point, squared);
+        // A distance that changes with the line, so that each offset is computed anew.
+        float const now = distance + static_cast<float>(line.count());
+        if (control & offsetByEventsNow)
+            line.offsetByEvents(control & forceOffset, now);
+        if (control & offsetByVerticesNow)
+            line.offsetByVertices(-now);
+        checkOffset(line);
+    }
+    line.finish();
+    line.offsetByEvents(control & forceOffset, distance);
+    checkOffset(line);
+    line.offsetByVertices(-distance);
+    checkOffset(line);
+    TGuidanceCurve copy = line;
+    copy.clear();
+    copy.appendRange(line.points(), 1, line.count() - 1);
+    copy.offsetByEvents(true, distance * 0.5f);
+    checkOffset(copy);
+    return 0;
+}
