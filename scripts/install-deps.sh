@@ -12,6 +12,7 @@ packages=(
   libxml2-utils python3
   clang-format
   clang libclang-rt-14-dev
+  libgeos-dev
 )
 
 missing=()
@@ -25,5 +26,22 @@ if [ "$(id -u)" -ne 0 ]; then
   exit 1
 fi
 export DEBIAN_FRONTEND=noninteractive
-apt-get update -qq
-apt-get install -y -qq --no-install-recommends "${missing[@]}"
+
+# The mirror answers now and then with a transient error ("Mirror sync in
+# progress"); a command that still fails after the last attempt ends the
+# script with its own error.
+retry() {
+  local attempt wait=15
+  for attempt in 1 2 3 4 5; do
+    "$@" && return 0
+    [ "$attempt" -lt 5 ] || break
+    echo "install-deps: '$*' failed (attempt $attempt of 5); trying again in ${wait} s" >&2
+    sleep "$wait"
+    wait=$((wait * 2))
+  done
+  echo "install-deps: '$*' failed 5 times; giving up" >&2
+  return 1
+}
+
+retry apt-get update -qq
+retry apt-get install -y -qq --no-install-recommends "${missing[@]}"
