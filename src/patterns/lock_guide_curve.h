@@ -51,7 +51,7 @@ public:
     // the two has x exactly 0.
     bool turnIsGentle(float x, float y) const;
     // The cut of removeSharpTurns at one index; returns the index at which the walk goes on. An
-    // index without a next point is returned as it is.
+    // index below 0 or without a next point is returned as it is.
     int cutBack(int index);
 
 private:

@@ -118,8 +118,11 @@ TEST(Cleanups_equivalence, cutBackAloneGivesTheLiteralProceduresPoints) {
         LiteralCleanups literal{curve, distance(random), {}, {}};
         TLockGuideCurve fast = cleanerOf(curve, literal.distance);
         int const index =
-            std::uniform_int_distribution<int>(-1, static_cast<int>(curve.size()))(random);
+            std::uniform_int_distribution<int>(0, static_cast<int>(curve.size()))(random);
         ASSERT_EQ(fast.cutBack(index), literal.cutBack(index));
+        ASSERT_TRUE(sameBits(fast.result(), literal.result));
+        // An index before the curve names no corner: nothing happens.
+        EXPECT_EQ(fast.cutBack(-1), -1);
         ASSERT_TRUE(sameBits(fast.result(), literal.result));
     }
 }
