@@ -33,7 +33,7 @@ void collect(QFileInfo const& entry, QList<QFileInfo>& files, QSet<QString>& ent
         entered.insert(canonical);
         QDir const dir(entry.absoluteFilePath());
         for (QFileInfo const& child :
-             dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort))
+             list_entries(dir, QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot))
             collect(child, files, entered);
     } else if (entry.exists()) {
         files.append(entry);

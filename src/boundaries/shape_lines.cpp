@@ -34,13 +34,11 @@ using ShapefileImporter = void (*)(QString const&, GuidanceGroup);
 // A new group for every directory of `set_directory` below the field.
 void read_line_sets(QDir const& field_directory, Partfield const& partfield,
                     QString const& set_directory, ShapefileImporter import) {
-    QDir const sets(field_directory.absoluteFilePath(set_directory));
-    for (QString const& name : sets.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
+    for (QDir const& set : list_dirs(field_directory.absoluteFilePath(set_directory))) {
         GuidanceGroup group = partfield.create_guidance_paths(true);
         group.id().set(group.get_element_man().get_free_uid(QStringLiteral("GGP"), false), true);
-        group.designator().set(name, true);
-        import(child_path(child_path(sets.absolutePath(), name), name + data_tree::shp_suffix),
-               group);
+        group.designator().set(item_name(set), true);
+        import(child_path(set.absolutePath(), set.dirName() + data_tree::shp_suffix), group);
     }
 }
 

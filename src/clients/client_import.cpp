@@ -175,13 +175,13 @@ Partfield find_or_make_field(ExistingElements& existing, Customer const& custome
 void import_clients(QString const& clients_dir) {
     ExistingElements existing(task_data);
     for (QDir const& client_dir : list_dirs(clients_dir)) {
-        Customer const customer = find_or_make_customer(existing, client_dir.dirName());
+        Customer const customer = find_or_make_customer(existing, item_name(client_dir));
         for (QDir const& farm_dir : list_dirs(client_dir)) {
-            Farm const farm = find_or_make_farm(existing, customer, farm_dir.dirName());
+            Farm const farm = find_or_make_farm(existing, customer, item_name(farm_dir));
             for (QDir const& entry : list_dirs(farm_dir)) {
                 QDir const field_dir(entry.path());
                 Partfield const field =
-                    find_or_make_field(existing, customer, farm, field_dir.dirName());
+                    find_or_make_field(existing, customer, farm, item_name(field_dir));
                 import_field_boundaries(field_dir, field);
                 import_flag_points(field_dir, field);
                 import_field_lines(field_dir, field, base_stations);

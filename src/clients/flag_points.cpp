@@ -34,6 +34,7 @@ void FlagPointList::read(QString const& path, GeoPoint const& reference_point) {
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         return;
     QTextStream in(&file);
+    in.setCodec("UTF-8");
     in.readLine();
     int const count = in.readLine().toInt(nullptr, 10);
     int past_end = 0;

@@ -37,11 +37,20 @@ inline QString const tramline_file = QStringLiteral("Tramline/Tramline.ini");
 
 } // namespace data_tree
 
+// The entries of `dir` that `filters` select, sorted by their decoded names
+// (decoded_file_name) ignoring case. Nothing for a directory that is missing
+// or unreadable.
+QFileInfoList list_entries(QDir const& dir, QDir::Filters filters);
+
 // The sub-directories of `dir` (not "." and "..", not hidden ones; links to
-// directories count), sorted by name ignoring case. Nothing for a directory
-// that is missing or unreadable.
+// directories count), in the order of list_entries.
 QList<QDir> list_dirs(QDir const& dir);
 QList<QDir> list_dirs(QString const& path);
+
+// The name of the item that `dir` holds, for its element: the directory's
+// name, decoded as decoded_file_name does. A name that is not UTF-8 gives a
+// warning that shows it as decoded, at each call.
+QString item_name(QDir const& dir);
 
 // The largest .crv or .bdy file that is read: 64 MiB, eight million curve
 // points or vertices, far beyond what a display records. A larger one is

@@ -2,6 +2,7 @@
 
 #include "clients/client_import.h"
 #include "driver/data_tree.h"
+#include "driver/file_names.h"
 #include "driver/report.h"
 #include "products/mixture_import.h"
 #include "products/product_import.h"
@@ -72,6 +73,7 @@ int count_items(QString const& clients_dir, QString const& products_dir,
 
 void run(int argc, char** argv) {
     program_name = argv[0];
+    keep_file_name_bytes();
     // A file size limit (ulimit -f) must make a write fail, so that the save
     // reports it and leaves the former set, rather than kill the process in
     // the middle of it.

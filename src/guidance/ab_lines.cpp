@@ -42,7 +42,7 @@ void import_ab_lines(QDir const& field_dir, Partfield partfield, BaseStationTabl
         Base_station const station = find_or_create_base_station(
             correction.source, correction.position_text, base_stations, partfield.get_root());
         Guidance_pattern const pattern =
-            build_ab_pattern(partfield, line_dir.dirName(), a, b, station);
+            build_ab_pattern(partfield, item_name(line_dir), a, b, station);
         set_correction(pattern, correction.source);
         import_tramlines(pattern, line_dir);
     }

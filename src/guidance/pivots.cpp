@@ -60,7 +60,7 @@ void import_pivots(QDir const& field_dir, Partfield partfield, BaseStationTable&
         Base_station const station = find_or_create_base_station(
             correction.source, correction.position_text, base_stations, partfield.get_root());
         Guidance_pattern const pattern =
-            build_pivot_pattern(partfield, pivot_dir.dirName(), centre, station, inner_radius);
+            build_pivot_pattern(partfield, item_name(pivot_dir), centre, station, inner_radius);
         set_correction(pattern, correction.source);
     }
 }

@@ -84,20 +84,21 @@ void add_ingredient(Product mixture, QString const& entry, QString const& path,
 } // namespace
 
 void import_mixture(QDir const& dir) {
+    QString const name = item_name(dir);
     QString const path = settings_path(dir);
     if (!QFile::exists(path)) {
-        qWarning() << "W: skipping empty product mixture directory" << dir.dirName();
+        qWarning() << "W: skipping empty product mixture directory" << name;
         return;
     }
     QSettings settings(path, QSettings::IniFormat);
     QUuid const uuid(settings.value(QStringLiteral("UID"), QVariant()).toString());
 
     products_by_identity.catch_up(task_data);
-    Product mixture = new_product(task_data, dir.dirName());
+    Product mixture = new_product(task_data, name);
     mixture.type().set(2, true);
     for (QString const& entry :
          settings.value(QStringLiteral("ProductRates"), QVariant()).toStringList())
-        add_ingredient(mixture, entry, path, dir.dirName());
+        add_ingredient(mixture, entry, path, name);
     mixture.mix_quantity().set(0, true);
     // Only now: a mixture cannot be an ingredient of itself.
     mixture.set_guid(uuid);

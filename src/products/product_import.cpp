@@ -70,15 +70,16 @@ void store_rates(Product product, QSettings const& settings) {
 }
 
 void import_product(QDir const& dir) {
+    QString const name = item_name(dir);
     QString const path = settings_path(dir);
     if (!QFile::exists(path)) {
-        qWarning() << "W: skipping empty product directory" << dir.dirName();
+        qWarning() << "W: skipping empty product directory" << name;
         return;
     }
     QSettings settings(path, QSettings::IniFormat);
     settings.beginGroup(QStringLiteral("Default"));
 
-    Product product = new_product(task_data, dir.dirName());
+    Product product = new_product(task_data, name);
     // The file keeps kg per litre; the set keeps mg per litre.
     std::uint32_t const density = TC::Task_data::truncate_to<std::uint32_t>(
         settings.value(QStringLiteral("Density"), QVariant()).toDouble() * 1000000.0);

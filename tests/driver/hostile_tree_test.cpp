@@ -57,6 +57,14 @@ QStringList summary(XmlElement const& field) {
     return lines;
 }
 
+// The names (`attribute`) of the elements `tag` in `set`, in document order.
+QStringList designators(XmlElement const& set, char const* tag, char const* attribute) {
+    QStringList names;
+    for (XmlElement const& element : set.all(QLatin1String(tag)))
+        names << element.attribute(QLatin1String(attribute));
+    return names;
+}
+
 XmlElement field_named(XmlElement const& set, QString const& name) {
     for (XmlElement const& field : set.all(QStringLiteral("PFD")))
         if (field.attribute(QStringLiteral("C")) == name)
@@ -119,7 +127,7 @@ protected:
 
 } // namespace
 
-TEST_F(HostileTree, NamesOfMarkupControlCharactersForeignBytesAndFullLength) {
+TEST_F(HostileTree, NamesOfMarkupControlCharactersAndFullLength) {
     QString const markup = QStringLiteral("<Field & \"Co\"> 'x'");
     QString const control = QStringLiteral("ctl\x01\x1b\tname");
     QString const longest = QString(127, QChar(0xE9)) + QLatin1Char('x'); // 255 bytes in UTF-8
@@ -139,13 +147,6 @@ TEST_F(HostileTree, NamesOfMarkupControlCharactersForeignBytesAndFullLength) {
     write_file(field + QStringLiteral("/flagpoints.ini"),
                "7\n3\n52.5\n13.25\n4\n<b>&amp;\"'\x01\x1b\n52.6\n13.26\n5\n" +
                    QByteArray(4000, 'n') + "\n52.7\n13.27\n6\n\xff\xfe\xc3(\n");
-    // A field and a product whose names are not UTF-8 at all.
-    make_dirs(data() + QStringLiteral("/Products"));
-    QByteArray const client = QFile::encodeName(clients()) + "/\xff\xfe\xc3(";
-    for (QByteArray const& dir : {client, client + "/Farm", client + "/Farm/field\x01\xfe",
-                                  QFile::encodeName(data()) + "/Products/\xc3\xff"})
-        ASSERT_EQ(::mkdir(dir.constData(), 0755), 0) << dir.constData();
-
     // Names go into designators unchanged, and the schema allows 32
     // characters.
     QByteArray const err = run_and_check(Schema::skip);
@@ -156,6 +157,58 @@ TEST_F(HostileTree, NamesOfMarkupControlCharactersForeignBytesAndFullLength) {
         customers << customer.attribute(QStringLiteral("B"));
     EXPECT_TRUE(customers.contains(markup)) << customers.join(QLatin1Char('|')).toStdString();
     EXPECT_EQ(field_named(set, longest).all(QStringLiteral("GPN")).size(), 2);
+}
+
+// Names in Latin-1 or Windows-1252, as a display without a UTF-8 locale or a
+// FAT stick with a Windows code page leaves them: everything is read through
+// the names' own bytes, and the names arrive decoded as Windows-1252, with a
+// warning each. The second run, with -m, finds the client, farm and field
+// again by their decoded names.
+TEST_F(HostileTree, NamesThatAreNotUtf8ArriveDecodedAsWindows1252) {
+    QByteArray const data_dir = QFile::encodeName(data());
+    QByteArray const field = data_dir + "/Clients/M\xfcller/Gro\xdfhof/\xc4"
+                                        "cker";
+    write_raw_file(field + "/Boundaries/R\xe4nder.bdy", point_file(4));
+    write_raw_file(field + "/ABLines/Sp\xfcr/Sp\xfcr.ini", ab_line);
+    write_raw_file(field + "/Curves/B\xf6gen/B\xf6gen.ini", "");
+    write_raw_file(field + "/Curves/B\xf6gen/B\xf6gen.crv", point_file(3));
+    write_raw_file(data_dir + "/Products/D\xfcnger/D\xfcnger.ini", "[Default]\nType=0\n");
+    write_raw_file(data_dir + "/ProductMixtures/Mischung \x80/Mischung \x80.ini", "");
+    // By its bytes it would come first; by the decoded names, ü before ą.
+    make_dirs(clients() + QStringLiteral("/M\u0105dry"));
+
+    QStringList const names = {QStringLiteral("M\u00fcller"),    QStringLiteral("Gro\u00dfhof"),
+                               QStringLiteral("\u00c4cker"),     QStringLiteral("Sp\u00fcr"),
+                               QStringLiteral("B\u00f6gen"),     QStringLiteral("D\u00fcnger"),
+                               QStringLiteral("Mischung \u20ac")};
+    QByteArray warnings;
+    for (QString const& name : names)
+        warnings += "W: name is not UTF-8, read as Windows-1252: \"" + name.toUtf8() + "\"\n";
+    QStringList products;
+    for (QStringList const& options : {QStringList(), QStringList{"-m"}}) {
+        ToolRun const run =
+            run_tool(options + QStringList{"-O", "data/taskdata", "data"}, scratch.path());
+        EXPECT_EQ(run.exit_code, 0);
+        EXPECT_EQ(run.err, warnings);
+        XmlElement const set = read_xml(data() + QStringLiteral("/taskdata/TASKDATA.XML"));
+        EXPECT_EQ(designators(set, "CTR", "B") + designators(set, "FRM", "B") +
+                      designators(set, "PFD", "C"),
+                  QStringList({names[0], QStringLiteral("M\u0105dry"), names[1], names[2]}));
+        XmlElement const arable = field_named(set, names[2]);
+        ASSERT_EQ(arable.all(QStringLiteral("PLN")).size(), 1);
+        // The four vertices of the .bdy, closed.
+        EXPECT_EQ(arable.all(QStringLiteral("PLN"))[0].all(QStringLiteral("PNT")).size(), 5);
+        QStringList patterns;
+        for (XmlElement const& pattern : arable.all(QStringLiteral("GPN")))
+            patterns << QStringLiteral("%1 %2")
+                            .arg(pattern.attribute(QStringLiteral("B")))
+                            .arg(pattern.all(QStringLiteral("PNT")).size());
+        EXPECT_EQ(patterns,
+                  QStringList({names[3] + QStringLiteral(" 2"), names[4] + QStringLiteral(" 3")}));
+        // Products and mixtures are made anew in every run.
+        products << names[5] << names[6];
+        EXPECT_EQ(designators(set, "PDT", "B"), products);
+    }
 }
 
 TEST_F(HostileTree, LinkLoopsBelowBoundariesAndZones) {

@@ -9,6 +9,10 @@
 
 #include <algorithm>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 namespace test_support {
@@ -35,6 +39,16 @@ void write_file(QString const& path, QByteArray const& content) {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
     file.write(content);
+}
+
+void write_raw_file(QByteArray const& path, QByteArray const& content) {
+    for (int slash = path.indexOf('/', 1); slash > 0; slash = path.indexOf('/', slash + 1))
+        ::mkdir(path.left(slash).constData(), 0755);
+    int const fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0) << path.constData();
+    EXPECT_EQ(::write(fd, content.constData(), static_cast<size_t>(content.size())),
+              content.size());
+    ::close(fd);
 }
 
 QByteArray read_file(QString const& path) {

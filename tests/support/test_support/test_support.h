@@ -26,6 +26,9 @@ private:
 
 void make_dirs(QString const& path);
 void write_file(QString const& path, QByteArray const& content);
+// The same for a path given as bytes, for names that are not UTF-8, which a
+// QString path would turn into U+FFFD.
+void write_raw_file(QByteArray const& path, QByteArray const& content);
 QByteArray read_file(QString const& path);
 bool file_exists(QString const& path);
 
