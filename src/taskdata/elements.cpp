@@ -66,7 +66,7 @@ Attribute Element::attribute(QByteArray const& full_name) const {
 Attribute Element::add(QString const& name, QString const& prefix) {
     if (!node_)
         return Attribute();
-    QByteArray const full_name = (prefix + name).toLatin1();
+    QByteArray const full_name = (prefix + name).toUtf8();
     node_->attr_record(full_name);
     return Attribute(node_, full_name);
 }

@@ -8,7 +8,7 @@ QString const prefix = QStringLiteral("P231_");
 
 // The find-or-add step that every writer shares.
 void store(Element element, QString const& bare_name, QString const& text) {
-    String view(element.attribute((prefix + bare_name).toLatin1()));
+    String view(element.attribute((prefix + bare_name).toUtf8()));
     if (!view.valid())
         view = String(element.add(bare_name, prefix));
     view.set(text, true);

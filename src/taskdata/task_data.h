@@ -59,7 +59,8 @@ public:
     Task_data get_root() const;
     Element_man get_element_man() const;
 
-    // The attribute of that full name ("P231_incDec"); invalid when absent.
+    // The attribute of that full name in UTF-8 ("P231_incDec"); invalid when
+    // absent.
     Attribute attribute(QByteArray const& full_name) const;
     // Adds the attribute prefix + name (without a value yet) and returns it.
     Attribute add(QString const& name, QString const& prefix);

@@ -323,6 +323,8 @@ TEST_F(Elements, ProprietaryAttributesAreFoundOrAddedOnce) {
         root().create_partfields(true).create_guidance_paths(true).create_patterns(true);
     set_proprietary(pattern, QStringLiteral("spacing"), QVariant(1234.5678));
     set_proprietary(pattern, QStringLiteral("correction"), QVariant(3));
+    set_proprietary(pattern, QStringLiteral("Spur_ä"), QVariant(1));
+    set_proprietary(pattern, QStringLiteral("Spur_ä"), QVariant(2));
 
     XmlElement const written = saved();
     XmlElement const pdt = written.all(QStringLiteral("PDT"))[0];
@@ -336,4 +338,5 @@ TEST_F(Elements, ProprietaryAttributesAreFoundOrAddedOnce) {
     XmlElement const gpn = written.all(QStringLiteral("GPN"))[0];
     EXPECT_EQ(gpn.attribute(QStringLiteral("P231_spacing")), QStringLiteral("1234.5678"));
     EXPECT_EQ(gpn.attribute(QStringLiteral("P231_correction")), QStringLiteral("3"));
+    EXPECT_EQ(gpn.attribute(QStringLiteral("P231_Spur_ä")), QStringLiteral("2"));
 }
