@@ -121,6 +121,10 @@ char const* parse_plain_point(char const* p, char const* end, PlainAttributes& a
         while (p < end && is(*p, name_char))
             ++p;
         QLatin1String const attribute_name(name, static_cast<int>(p - name));
+        // A prefixed name goes to the reader, which checks where its colon
+        // stands.
+        if (attribute_name.contains(QLatin1Char(':')))
+            return refuse();
         while (p < end && is(*p, space))
             ++p;
         if (p == end || *p != '=')

@@ -1,5 +1,6 @@
 #include "taskdata/point_runs.h"
 #include "taskdata/set_files.h"
+#include "taskdata/value_text.h"
 
 #include <QDir>
 #include <QFile>
@@ -30,6 +31,43 @@ QString const external_root = QStringLiteral("XFC");
 QString const link_list_root = QStringLiteral("ISO11783LinkList");
 
 enum class Document { task_data, external_file, link_list };
+
+// "<path>:<line>:<column>: <what>", at where the reader stands.
+QString located(QXmlStreamReader const& xml, QString const& path, QString const& what) {
+    return QStringLiteral("%1:%2:%3: %4")
+        .arg(path)
+        .arg(xml.lineNumber())
+        .arg(xml.columnNumber())
+        .arg(what);
+}
+
+// Refuses, with `error`, what the XML reader passes but no set may hold: a
+// DTD, which could declare entities that expand beyond measure or name files
+// outside the set, and names that XML forbids. The reader checks element
+// names, but takes everything up to the '=' as an attribute's name, NUL
+// bytes and other characters that XML forbids included.
+bool refused(QXmlStreamReader const& xml, QString const& path, QString& error) {
+    if (xml.tokenType() == QXmlStreamReader::DTD) {
+        error = located(xml, path, QStringLiteral("document type declarations are refused"));
+        return true;
+    }
+    if (xml.tokenType() != QXmlStreamReader::StartElement)
+        return false;
+    QStringRef const tag = xml.qualifiedName();
+    if (!is_xml_name(tag)) {
+        error =
+            located(xml, path, QStringLiteral("element name \"%1\" is not an XML name").arg(tag));
+        return true;
+    }
+    for (QXmlStreamAttribute const& attribute : xml.attributes())
+        if (!is_xml_name(attribute.qualifiedName())) {
+            error = located(xml, path,
+                            QStringLiteral("attribute name \"%1\" of <%2> is not an XML name")
+                                .arg(attribute.qualifiedName(), tag));
+            return true;
+        }
+    return false;
+}
 
 void copy_attributes(Node& node, QXmlStreamAttributes const& attributes) {
     node.attrs.reserve(static_cast<size_t>(attributes.size()));
@@ -67,19 +105,10 @@ private:
     bool start_element(Parse& parse, QString& error);
     void expand_compact_point(std::vector<Frame>& stack);
     bool read_external(QString const& name, QString& error);
-    static QString located(QXmlStreamReader const& xml, QString const& path, QString const& what);
 
     Tree& tree_;
     QString dir_;
 };
-
-QString Reader::located(QXmlStreamReader const& xml, QString const& path, QString const& what) {
-    return QStringLiteral("%1:%2:%3: %4")
-        .arg(path)
-        .arg(xml.lineNumber())
-        .arg(xml.columnNumber())
-        .arg(what);
-}
 
 // The text of a file as the XML reader gets it: read piece by piece, with
 // each run of plain points handed to `take_run` once the reader has had all
@@ -230,12 +259,10 @@ bool Reader::read(QString const& path, Document kind, Node* into, QString& error
     xml.setNamespaceProcessing(false);
     while (!xml.atEnd()) {
         filter.begin_token();
-        switch (xml.readNext()) {
-        case QXmlStreamReader::DTD:
-            // A set has no use for a DTD; one could declare entities that
-            // expand beyond measure or name files outside the set.
-            error = located(xml, path, QStringLiteral("document type declarations are refused"));
+        QXmlStreamReader::TokenType const token = xml.readNext();
+        if (refused(xml, path, error))
             return false;
+        switch (token) {
         case QXmlStreamReader::StartElement:
             if (!start_element(parse, error))
                 return false;
@@ -405,6 +432,25 @@ bool Reader::read_external(QString const& name, QString& error) {
     return read(path, Document::external_file, tree_.root.get(), error);
 }
 
+// GUIDLIST.XML is written back as it was read, so it must be well-formed to
+// be kept; a blank one counts as empty.
+bool check_kept_document(QString const& path, QByteArray const& text, QString& error) {
+    if (text.trimmed().isEmpty())
+        return true;
+    QXmlStreamReader xml(text);
+    xml.setNamespaceProcessing(false);
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (refused(xml, path, error))
+            return false;
+    }
+    if (xml.hasError()) {
+        error = located(xml, path, xml.errorString());
+        return false;
+    }
+    return true;
+}
+
 // A file of only white space counts as empty, as a new set has them.
 bool blank_file(QString const& path, bool& blank, QString& error) {
     QFile file(path);
@@ -475,6 +521,7 @@ bool load_set(Tree& tree, QString const& taskdata_path, QString& error) {
             return false;
         }
         tree.guid_list = file.readAll();
+        return check_kept_document(guid_path, tree.guid_list, error);
     }
     return true;
 }

@@ -103,7 +103,43 @@ bool xml_char(QChar const* chars, int size, int i, int& width) {
     return c != 0xFFFE && c != 0xFFFF;
 }
 
+bool name_start_char(uint c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
+           (c >= 0xC0 && c <= 0xD6) || (c >= 0xD8 && c <= 0xF6) || (c >= 0xF8 && c <= 0x2FF) ||
+           (c >= 0x370 && c <= 0x37D) || (c >= 0x37F && c <= 0x1FFF) ||
+           (c >= 0x200C && c <= 0x200D) || (c >= 0x2070 && c <= 0x218F) ||
+           (c >= 0x2C00 && c <= 0x2FEF) || (c >= 0x3001 && c <= 0xD7FF) ||
+           (c >= 0xF900 && c <= 0xFDCF) || (c >= 0xFDF0 && c <= 0xFFFD) ||
+           (c >= 0x10000 && c <= 0xEFFFF);
+}
+
+bool name_char(uint c) {
+    return name_start_char(c) || c == '-' || c == '.' || (c >= '0' && c <= '9') || c == 0xB7 ||
+           (c >= 0x300 && c <= 0x36F) || (c >= 0x203F && c <= 0x2040);
+}
+
 } // namespace
+
+bool is_xml_name(QStringView name) {
+    QChar const* chars = name.data();
+    int const size = name.size();
+    int colons = 0;
+    for (int i = 0; i < size; ++i) {
+        bool const first = i == 0;
+        // An unpaired surrogate stays in U+D800..U+DFFF, which neither
+        // class holds.
+        uint c = chars[i].unicode();
+        if (QChar::isHighSurrogate(c) && i + 1 < size && chars[i + 1].isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(chars[i], chars[i + 1]);
+            ++i;
+        }
+        if (!(first ? name_start_char(c) : name_char(c)))
+            return false;
+        colons += c == ':';
+    }
+    return size > 0 && colons <= 1 && chars[0] != QLatin1Char(':') &&
+           chars[size - 1] != QLatin1Char(':');
+}
 
 QString xml_safe(QString const& text) {
     QChar const* chars = text.constData();

@@ -1,8 +1,10 @@
 #pragma once
 // The text forms of attribute values as ISO 11783-10 writes them, one
-// function per kind, and the guard that keeps written text well-formed.
+// function per kind, and the guards that keep written text and names
+// well-formed.
 
 #include <QString>
+#include <QStringView>
 
 namespace TC::Task_data::detail {
 
@@ -19,6 +21,11 @@ int format_degrees(double degrees, char* text);
 QString format_ddi(unsigned short ddi);
 // Four hex digits to a DDI; false on any other text.
 bool parse_ddi(QString const& text, unsigned short& ddi);
+
+// Whether `name` is a name that an element or attribute can have: an XML 1.0
+// Name, with at most one colon, neither first nor last, so that readers that
+// process namespaces take it as well.
+bool is_xml_name(QStringView name);
 
 // The text with every character that XML 1.0 cannot hold (C0 controls other
 // than tab, line feed and carriage return, U+FFFE, U+FFFF, unpaired

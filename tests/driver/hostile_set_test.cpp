@@ -130,3 +130,36 @@ TEST_F(HostileSet, TextThatIsNotInItsDeclaredEncodingIsRefused) {
     EXPECT_TRUE(refused("<?xml version=\"1.0\" encoding=\"X-NO-SUCH\"?>\n" + body)
                     .contains("Encoding X-NO-SUCH is unsupported"));
 }
+
+// Found by fuzzing: the reader took NUL bytes between an attribute name and
+// its '=' into the name, and the save wrote that attribute as a second "E"
+// beside the default one, a set that no run could load again. Every
+// character XML forbids is refused where it stands, in names too.
+TEST_F(HostileSet, NulBytesInAnAttributeNameAreRefusedNotSavedAsADuplicate) {
+    struct Case {
+        QByteArray line; // the second line of TASKDATA.XML
+        char const* error;
+    };
+    QList<Case> const cases = {
+        {QByteArray("<BSN A=\"BSN1\" E\0\0\0\0\0=\"118400\"/>", 31),
+         "TASKDATA.XML:2:31: attribute name \\\"E\\u0000\\u0000\\u0000\\u0000\\u0000\\\" of <BSN>"},
+        {"<CTR A=\"CTR1\" B\x7f=\"x\"/>", "TASKDATA.XML:2:22: attribute name \\\"B\\u007F\\\""},
+        {QByteArray("<CTR A=\"CTR1\" B=\"x\0\"/>", 22), "TASKDATA.XML:2:19: "},
+        {"<CTR A=\"CTR1\">\x01</CTR>", "TASKDATA.XML:2:15: "},
+        // A point that the reader of plain points passes to the XML reader.
+        {QByteArray("<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">"
+                    "<PNT A\0=\"2\" C=\"1\" D=\"2\"/></LSG></PLN></PFD>",
+                    91),
+         "TASKDATA.XML:2:73: attribute name \\\"A\\u0000\\\" of <PNT>"},
+        // One it leaves to the XML reader for its colons, which the save would
+        // refuse to write.
+        {"<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\"><PNT a:b:c=\"2\"/></LSG>"
+         "</PLN></PFD>",
+         "TASKDATA.XML:2:57: Expected '=', but got ':'."},
+    };
+    for (Case const& bad : cases) {
+        SCOPED_TRACE(bad.error);
+        QByteArray const err = refused(root_start + "\n" + bad.line + root_end);
+        EXPECT_TRUE(err.contains(bad.error)) << err.constData();
+    }
+}

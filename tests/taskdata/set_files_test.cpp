@@ -225,6 +225,14 @@ TEST_F(SetFiles, EmptyLinkAndGuidListsAreAcceptedAndGuidListContentIsKept) {
     ASSERT_TRUE(load(input));
     save(output);
     EXPECT_EQ(read_file(output + QStringLiteral("/GUIDLIST.XML")), "<GUIDLIST>opaque</GUIDLIST>\n");
+
+    // Kept as it is, so it must be well-formed to be kept at all.
+    write_file(input + QStringLiteral("/GUIDLIST.XML"), "<GUIDLIST>\n<G a\x7f=\"1\"/>");
+    QString error;
+    EXPECT_FALSE(load(input, &error));
+    EXPECT_TRUE(error.endsWith(QLatin1String("GUIDLIST.XML:2:11: attribute name \"a\x7f\" of <G> "
+                                             "is not an XML name")))
+        << error.toStdString();
 }
 
 TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {

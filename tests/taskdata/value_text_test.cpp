@@ -1,5 +1,5 @@
 // The text forms of values: the one place where numbers become attribute
-// text, and the guard against characters XML cannot hold.
+// text, and the guards against characters and names XML cannot hold.
 #include "taskdata/value_text.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +40,21 @@ TEST(ValueText, OnlyCharactersXmlCannotHoldAreReplaced) {
               QStringLiteral("a\uFFFD\uFFFDb"));
     EXPECT_EQ(xml_safe(QString(QChar(0xDC00)) + QChar(0xD800)), QStringLiteral("\uFFFD\uFFFD"));
     EXPECT_EQ(xml_safe(QString(QChar(0xFFFE))), QStringLiteral("\uFFFD"));
+}
+
+TEST(ValueText, XmlNamesFollowXml10AndHoldOneInnerColonAtMost) {
+    for (QString const& name :
+         {QStringLiteral("A"), QStringLiteral("P231_x"), QStringLiteral("a:b-c.d"),
+          QStringLiteral("_1"), QStringLiteral("Süd·\u0301"),
+          QString(QChar(0xD800)) + QChar(0xDC00)})
+        EXPECT_TRUE(is_xml_name(name)) << name.toStdString();
+    for (QString const& name :
+         {QString(), QStringLiteral("1a"), QStringLiteral("-a"), QStringLiteral("\u00B7a"),
+          QStringLiteral("a b"), QStringLiteral("a\u037E"), QStringLiteral("a\u00D7"),
+          QString::fromLatin1("E\0", 2), QStringLiteral("a\x7F"),
+          QStringLiteral("a") + QChar(0xDC00), QStringLiteral("a:b:c"), QStringLiteral(":a"),
+          QStringLiteral("a:")})
+        EXPECT_FALSE(is_xml_name(name)) << name.toStdString();
 }
 
 namespace {
