@@ -96,7 +96,13 @@ Attrs written_attributes(Node const& node) {
     return attrs;
 }
 
-// Attribute names as QString without an allocation for the common letters.
+// A name as stored (UTF-8) as text, NUL bytes and all.
+QString name_text(char const* name, int size) {
+    return QString::fromUtf8(name, size);
+}
+
+// Attribute names of points as QString without an allocation for the common
+// letters.
 QString attribute_name(QLatin1String name) {
     static QString const letters[26] = {
         QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D"),
@@ -108,7 +114,7 @@ QString attribute_name(QLatin1String name) {
         QStringLiteral("Y"), QStringLiteral("Z")};
     if (name.size() == 1 && name.at(0) >= QLatin1Char('A') && name.at(0) <= QLatin1Char('Z'))
         return letters[name.at(0).unicode() - 'A'];
-    return QString(name);
+    return name_text(name.data(), name.size());
 }
 
 // An XML file written through QXmlStreamWriter into a string that goes to
@@ -134,6 +140,33 @@ public:
 
     // The writer's text that bytes() has not yet taken into the chunk.
     QString const& text() const { return text_; }
+
+    // Whether the element <tag> with attributes of these names may be
+    // written: every name an XML name, no attribute name twice. Otherwise the
+    // first such fault is kept, and the file must not be used: a damaged or
+    // careless name would make a document that no reader takes.
+    bool accepts(QString const& tag, QStringList const& names) {
+        if (!is_xml_name(tag)) {
+            refuse(QStringLiteral("element name \"%1\" is not an XML name").arg(tag));
+            return false;
+        }
+        for (int i = 0; i < names.size(); ++i) {
+            QString const& name = names[i];
+            if (!is_xml_name(name)) {
+                refuse(QStringLiteral("attribute name \"%1\" of <%2> is not an XML name")
+                           .arg(name, tag));
+                return false;
+            }
+            if (names.indexOf(name, i + 1) >= 0) {
+                refuse(QStringLiteral("attribute name \"%1\" of <%2> comes twice").arg(name, tag));
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // Why the file must not be used; empty when it may.
+    QString const& fault() const { return fault_; }
 
     // The chunk, with the writer's text in it. Bytes appended here must be
     // what the writer itself would have written.
@@ -180,8 +213,14 @@ private:
         started_ = written_;
     }
 
+    void refuse(QString const& why) {
+        if (fault_.isEmpty())
+            fault_ = why;
+    }
+
     static constexpr int chunk_size = 1 << 20;
     QFile& file_;
+    QString fault_;
     QString text_;
     QByteArray bytes_;
     bool ok_ = true;
@@ -193,26 +232,48 @@ public:
     QXmlStreamWriter xml; // declared after text_, which it writes into
 };
 
-void write_attributes(QXmlStreamWriter& xml, Attrs const& attrs) {
-    for (Attr const& attr : attrs)
-        if (attr.has_value && attr.included)
-            xml.writeAttribute(QString::fromUtf8(attr.name), xml_safe(attr.value));
+// Starts the element <tag> with these attributes; false, with nothing
+// written, when out.accepts() refuses the names.
+bool start_element(XmlFile& out, QString const& tag, QStringList const& names,
+                   QStringList const& values) {
+    if (!out.accepts(tag, names))
+        return false;
+    out.xml.writeStartElement(tag);
+    for (int i = 0; i < names.size(); ++i)
+        out.xml.writeAttribute(names[i], xml_safe(values[i]));
+    return true;
 }
 
-void write_point(QXmlStreamWriter& xml, PointBlock const& points, int index) {
-    xml.writeStartElement(QStringLiteral("PNT"));
+// The same with those of `attrs` that have a value and are included.
+bool start_element(XmlFile& out, QByteArray const& tag, Attrs const& attrs) {
+    QStringList names;
+    QStringList values;
+    for (Attr const& attr : attrs)
+        if (attr.has_value && attr.included) {
+            names.append(name_text(attr.name.constData(), attr.name.size()));
+            values.append(attr.value);
+        }
+    return start_element(out, name_text(tag.constData(), tag.size()), names, values);
+}
+
+void write_point(XmlFile& out, PointBlock const& points, int index) {
+    QStringList names;
+    QStringList values;
     bool given[point_default_count] = {};
     points.for_each(index, [&](QLatin1String name, QString const& value) {
         int const default_index = point_default_index(name);
         if (default_index >= 0)
             given[default_index] = true;
-        xml.writeAttribute(attribute_name(name), xml_safe(value));
+        names.append(attribute_name(name));
+        values.append(value);
     });
     for (int i = 0; i < point_default_count; ++i)
-        if (!given[i])
-            xml.writeAttribute(QString(QChar::fromLatin1(point_defaults[i].name)),
-                               point_defaults[i].value);
-    xml.writeEndElement();
+        if (!given[i]) {
+            names.append(QString(QChar::fromLatin1(point_defaults[i].name)));
+            values.append(point_defaults[i].value);
+        }
+    if (start_element(out, QStringLiteral("PNT"), names, values))
+        out.xml.writeEndElement();
 }
 
 // Text that the writer puts into an attribute unchanged: printable ASCII
@@ -224,9 +285,23 @@ bool plain(QLatin1String value) {
     return true;
 }
 
+// An XML name in ASCII without a colon, which needs no closer look: a letter
+// or '_', then letters, digits, '_', '-' and '.'.
+bool plain_name(QLatin1String name) {
+    auto letter = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
+    if (name.isEmpty() || !letter(name.at(0).toLatin1()))
+        return false;
+    for (char const c : name)
+        if (!letter(c) && !(c >= '0' && c <= '9') && c != '-' && c != '.')
+            return false;
+    return true;
+}
+
 // The points of one line string. The writer writes the first point, and
 // from its text the line and indentation before each point are learnt; the
-// points after it whose values are plain are then appended as the same text
+// points after it whose names and values are plain are then appended as the same text
 // directly, which leaves the writer in the state that its own empty PNT
 // element would. Millions of points thus cost no allocation each.
 class PointWriter {
@@ -237,7 +312,7 @@ public:
         if (learnt_ && append_plain(points, index))
             return;
         out_.bytes(); // the text so far, so that text() holds this point alone
-        write_point(out_.xml, points, index);
+        write_point(out_, points, index);
         QString const& text = out_.text();
         int const element = text.indexOf(QLatin1String("<PNT"));
         int const line = text.lastIndexOf(QLatin1Char('\n'), element);
@@ -256,7 +331,7 @@ private:
             return name.size() + value.size() + 4; // ' ', '=' and the quotes
         };
         points.for_each_bytes(index, [&](QLatin1String name, QLatin1String value) {
-            all_plain = all_plain && plain(value);
+            all_plain = all_plain && plain_name(name) && plain(value);
             int const default_index = point_default_index(name);
             if (default_index >= 0)
                 given[default_index] = true;
@@ -300,9 +375,8 @@ private:
 };
 
 void write_element(XmlFile& out, Node const& node) {
-    QXmlStreamWriter& xml = out.xml;
-    xml.writeStartElement(QString::fromUtf8(node.tag));
-    write_attributes(xml, written_attributes(node));
+    if (!start_element(out, node.tag, written_attributes(node)))
+        return;
     if (node.points) {
         // Children that stood among the points when loaded go back there.
         auto child = node.children.begin();
@@ -319,7 +393,7 @@ void write_element(XmlFile& out, Node const& node) {
         for (auto const& child : node.children)
             write_element(out, *child);
     }
-    xml.writeEndElement();
+    out.xml.writeEndElement();
     out.pace();
 }
 
@@ -346,12 +420,11 @@ QString link_value(Node const& element) {
                                        : element.guid_text;
 }
 
-void write_link(QXmlStreamWriter& xml, Node const& element, Attrs attrs) {
+void write_link(XmlFile& out, Node const& element, Attrs attrs) {
     set_attribute(attrs, "A", element.value(id_attribute(element.tag)));
     set_attribute(attrs, "B", link_value(element));
-    xml.writeStartElement(QStringLiteral("LNK"));
-    write_attributes(xml, attrs);
-    xml.writeEndElement();
+    if (start_element(out, "LNK", attrs))
+        out.xml.writeEndElement();
 }
 
 bool uuid_group(Node const& node) {
@@ -373,24 +446,10 @@ public:
 
     void write(XmlFile& out, Node const& task_root) {
         QXmlStreamWriter& xml = out.xml;
-        xml.writeStartElement(QStringLiteral("ISO11783LinkList"));
-        if (tree_.link_list) {
-            write_attributes(xml, tree_.link_list->attrs);
-        } else {
-            QString const major = task_root.value("VersionMajor");
-            QString const minor = task_root.value("VersionMinor");
-            bool const v4 = major == QLatin1String("4") || major.isEmpty();
-            Attrs attrs = written_attributes(task_root);
-            Attrs link_attrs;
-            add_default(link_attrs, "VersionMajor", QStringLiteral("4"));
-            add_default(link_attrs, "VersionMinor",
-                        v4 && !minor.isEmpty() ? minor : QStringLiteral("3"));
-            for (Attr const& attr : attrs)
-                if (attr.name == "ManagementSoftwareManufacturer" ||
-                    attr.name == "ManagementSoftwareVersion" || attr.name == "DataTransferOrigin")
-                    add_default(link_attrs, attr.name, attr.value);
-            write_attributes(xml, link_attrs);
-        }
+        if (!start_element(out, "ISO11783LinkList",
+                           tree_.link_list ? tree_.link_list->attrs
+                                           : new_root_attributes(task_root)))
+            return;
         bool new_links_written = false;
         UidPool group_numbers;
         if (tree_.link_list)
@@ -407,7 +466,7 @@ public:
             xml.writeAttribute(QStringLiteral("A"), format_id("LGP", group_numbers.free_number()));
             xml.writeAttribute(QStringLiteral("B"), QStringLiteral("1"));
             for (Node* node : new_links_)
-                write_link(xml, *node, {});
+                write_link(out, *node, {});
             xml.writeEndElement();
         }
         xml.writeEndElement();
@@ -415,6 +474,23 @@ public:
     }
 
 private:
+    // The root of a link list that the loaded set did not have: the version
+    // and origin of the task data.
+    static Attrs new_root_attributes(Node const& task_root) {
+        QString const major = task_root.value("VersionMajor");
+        QString const minor = task_root.value("VersionMinor");
+        bool const v4 = major == QLatin1String("4") || major.isEmpty();
+        Attrs link_attrs;
+        add_default(link_attrs, "VersionMajor", QStringLiteral("4"));
+        add_default(link_attrs, "VersionMinor",
+                    v4 && !minor.isEmpty() ? minor : QStringLiteral("3"));
+        for (Attr const& attr : written_attributes(task_root))
+            if (attr.name == "ManagementSoftwareManufacturer" ||
+                attr.name == "ManagementSoftwareVersion" || attr.name == "DataTransferOrigin")
+                add_default(link_attrs, attr.name, attr.value);
+        return link_attrs;
+    }
+
     // A link that named an element is written while the element stands in
     // the tree with an identity, with the element's current ID and identity.
     static Node const* live_element(Node const& link) {
@@ -427,7 +503,6 @@ private:
     }
 
     void write_group(XmlFile& out, Node const& group, bool takes_new) {
-        QXmlStreamWriter& xml = out.xml;
         if (!uuid_group(group)) {
             write_element(out, group);
             return;
@@ -439,18 +514,18 @@ private:
         bool const had_children = !group.children.empty();
         if (had_children && links.empty() && (!takes_new || new_links_.empty()))
             return; // every element it named is gone
-        xml.writeStartElement(QString::fromUtf8(group.tag));
-        write_attributes(xml, group.attrs);
+        if (!start_element(out, group.tag, group.attrs))
+            return;
         for (Node const* link : links) {
             if (Node const* element = live_element(*link))
-                write_link(xml, *element, link->attrs);
+                write_link(out, *element, link->attrs);
             else
                 write_element(out, *link);
         }
         if (takes_new)
             for (Node* node : new_links_)
-                write_link(xml, *node, {});
-        xml.writeEndElement();
+                write_link(out, *node, {});
+        out.xml.writeEndElement();
     }
 
     Tree const& tree_;
@@ -561,6 +636,10 @@ template <class Body> bool write_xml_file(QString const& path, Body&& body, QStr
     }
     XmlFile out(file);
     body(out);
+    if (!out.fault().isEmpty()) {
+        error = QStringLiteral("cannot write %1: %2").arg(path, out.fault());
+        return false;
+    }
     if (!out.flush() || !file.flush() || file.error() != QFileDevice::NoError) {
         error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
         return false;
@@ -588,8 +667,8 @@ bool needs_link_list_reference(Node const& root) {
 
 void write_task_data(XmlFile& out, Node const& root, bool reference_link_list) {
     QXmlStreamWriter& xml = out.xml;
-    xml.writeStartElement(QString::fromUtf8(root.tag));
-    write_attributes(xml, written_attributes(root));
+    if (!start_element(out, root.tag, written_attributes(root)))
+        return;
     if (reference_link_list) {
         xml.writeStartElement(QStringLiteral("AFE"));
         xml.writeAttribute(QStringLiteral("A"), QStringLiteral("LINKLIST.XML"));

@@ -2,6 +2,7 @@
 // identities in LINKLIST.XML, sets split into external files, text that XML
 // cannot hold, and saves that fail.
 #include "taskdata/element_man.h"
+#include "taskdata/proprietary.h"
 #include "test_support/test_support.h"
 
 #include <QDir>
@@ -83,7 +84,8 @@ TEST_F(SetFiles, UntouchedTextIsWrittenBackExactly) {
     write_file(dir(QStringLiteral("in/TASKDATA.XML")),
                minimal_root + " P123_x=\"a&amp;b\">\n<PFD A=\"PFD-3\" C=\"f\" D=\"12\" "
                               "Z=\"unknown\"><PLN A=\"1\"><LSG A=\"1\"><PNT A=\"2\" "
-                              "C=\"48.12345678901234\" D=\"+15.10\" E=\"7\"/><P9_X q=\"1\"/>"
+                              "C=\"48.12345678901234\" D=\"+15.10\" E=\"7\" P9_ü=\"1\"/>"
+                              "<P9_X q=\"1\"/>"
                               "<PNT A=\"2\" C=\"1\" D=\"2\"><P9_Y/></PNT></LSG></PLN>"
                               "<P9_Z>text</P9_Z></PFD></ISO11783_TaskData>");
     ASSERT_TRUE(load(dir(QStringLiteral("in"))));
@@ -471,9 +473,18 @@ TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
     QString const output = dir(QStringLiteral("out"));
     make_dirs(output);
     write_file(output + QStringLiteral("/TASKDATA.XML"), "former");
+    // A name that XML cannot hold is not written.
+    set_proprietary(customer, QStringLiteral("a b"), QVariant(1));
+    QString error;
+    EXPECT_FALSE(save(output, &error));
+    EXPECT_TRUE(
+        error.endsWith(QLatin1String("attribute name \"P231_a b\" of <CTR> is not an XML name")))
+        << error.toStdString();
+    EXPECT_EQ(read_file(output + QStringLiteral("/TASKDATA.XML")), "former");
+    customer.attribute("P231_a b").set_flag_included(false);
+
     // LINKLIST.XML cannot be replaced: a directory stands in its place.
     make_dirs(output + QStringLiteral("/LINKLIST.XML"));
-    QString error;
     EXPECT_FALSE(save(output, &error));
     EXPECT_TRUE(error.contains(QLatin1String("LINKLIST.XML"))) << error.toStdString();
     EXPECT_EQ(read_file(output + QStringLiteral("/TASKDATA.XML")), "former");
