@@ -15,26 +15,30 @@ constexpr qsizetype longest_awaited_token = 1 << 24;
 // Classes of bytes for the scan of points, one table lookup each.
 enum ByteClass : unsigned char {
     space = 1,
-    name_start = 2,
-    name_char = 4,
+    // The name of a plain point's attribute. It has no colon: a prefixed
+    // name goes to the reader, which checks where its colon stands.
+    attribute_start = 2,
+    attribute_char = 4,
     // Printable ASCII that the reader gives back as it stands in a value;
     // a value holding either quote goes to the reader.
     plain_value = 8,
+    tag_char = 16, // of a tag's name, which the nesting is tracked by
 };
 
 constexpr std::array<unsigned char, 256> byte_classes = [] {
     std::array<unsigned char, 256> classes{};
     for (int c = 0; c < 256; ++c) {
-        bool const letter =
-            (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':';
+        bool const letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
         bool const digit = (c >= '0' && c <= '9') || c == '-' || c == '.';
         unsigned char bits = 0;
         if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
             bits |= space;
         if (letter)
-            bits |= name_start | name_char;
+            bits |= attribute_start | attribute_char | tag_char;
         if (digit)
-            bits |= name_char;
+            bits |= attribute_char | tag_char;
+        if (c == ':')
+            bits |= tag_char;
         if (c >= 0x20 && c <= 0x7e && c != '&' && c != '<' && c != '"' && c != '\'')
             bits |= plain_value;
         classes[static_cast<size_t>(c)] = bits;
@@ -114,17 +118,13 @@ char const* parse_plain_point(char const* p, char const* end, PlainAttributes& a
             ++p;
         if (end - p >= 2 && p[0] == '/' && p[1] == '>')
             return p + 2;
-        if (p == end || p == spaces || !is(*p, name_start) ||
+        if (p == end || p == spaces || !is(*p, attribute_start) ||
             attributes.size() - first == max_attributes)
             return refuse();
         char const* const name = p++;
-        while (p < end && is(*p, name_char))
+        while (p < end && is(*p, attribute_char))
             ++p;
         QLatin1String const attribute_name(name, static_cast<int>(p - name));
-        // A prefixed name goes to the reader, which checks where its colon
-        // stands.
-        if (attribute_name.contains(QLatin1Char(':')))
-            return refuse();
         while (p < end && is(*p, space))
             ++p;
         if (p == end || *p != '=')
@@ -246,7 +246,7 @@ void PointRunScanner::track(char const* begin, char const* end) {
         return;
     }
     char const* name_end = begin + 1;
-    while (name_end < end && is(*name_end, name_char))
+    while (name_end < end && is(*name_end, tag_char))
         ++name_end;
     bool const line_string = name_end - begin == 4 && std::memcmp(begin + 1, "LSG", 3) == 0;
     int const number = line_string ? ++line_strings_ : 0;

@@ -291,9 +291,12 @@ bool plain_name(QLatin1String name) {
     auto letter = [](char c) {
         return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
     };
-    if (name.isEmpty() || !letter(name.at(0).toLatin1()))
+    // One capital letter is what nearly every name of a point is.
+    if (name.size() == 1)
+        return name.data()[0] >= 'A' && name.data()[0] <= 'Z';
+    if (name.isEmpty() || !letter(name.data()[0]))
         return false;
-    for (char const c : name)
+    for (char const c : name.mid(1))
         if (!letter(c) && !(c >= '0' && c <= '9') && c != '-' && c != '.')
             return false;
     return true;
