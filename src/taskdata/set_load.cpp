@@ -369,8 +369,14 @@ bool Reader::start_element(Parse& parse, QString& error) {
         stack.push_back({parent, true});
         return true;
     }
-    if (parse.kind == Document::task_data && parent == tree_.root.get() &&
-        name == QLatin1String("XFR")) {
+    if (parent == tree_.root.get() && name == QLatin1String("XFR")) {
+        // External files do not nest. Kept as an element, an XFR in one
+        // would be saved into TASKDATA.XML naming a file that the save
+        // does not write, and the set would no longer load.
+        if (parse.kind == Document::external_file) {
+            error = located(xml, parse.path, QStringLiteral("an external file holds an XFR"));
+            return false;
+        }
         if (!read_external(xml.attributes().value(QLatin1String("A")).toString(), error))
             return false;
         stack.push_back({nullptr, false});

@@ -192,6 +192,12 @@ TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
         {"external file with a wrong root",
          "<ISO11783_TaskData><XFR A=\"CTR00001\" B=\"1\"/></ISO11783_TaskData>",
          "<ISO11783_TaskData/>", "not an ISO 11783 XFC"},
+        // Found by fuzzing: it was kept, and the saved set named a file that
+        // the save had not written.
+        {"external file naming another",
+         "<ISO11783_TaskData><XFR A=\"CTR00001\" B=\"1\"/></ISO11783_TaskData>",
+         "<XFC><XFR A=\"CTR00001\" B=\"1\"/></XFC>",
+         "CTR00001.XML:1:30: an external file holds an XFR"},
         {"deep nesting",
          "<ISO11783_TaskData>" + QByteArray("<X>").repeated(200) +
              QByteArray("</X>").repeated(200) + "</ISO11783_TaskData>",
