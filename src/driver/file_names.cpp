@@ -157,23 +157,6 @@ protected:
     }
 };
 
-// Windows-1252 from 0x80 to 0x9F; its five unassigned bytes stand for the C1
-// control of their value, as Windows itself decodes them.
-ushort const windows_1252_high[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-QString decode_windows_1252(QByteArray const& bytes) {
-    QString text;
-    text.reserve(bytes.size());
-    for (char const byte : bytes) {
-        auto const b = static_cast<unsigned char>(byte);
-        text += QChar(b >= 0x80 && b < 0xA0 ? windows_1252_high[b - 0x80] : ushort(b));
-    }
-    return text;
-}
-
 } // namespace
 
 void keep_file_name_bytes() {
@@ -184,6 +167,6 @@ void keep_file_name_bytes() {
 QString decoded_file_name(QString const& file_name) {
     for (int i = 0; i < file_name.size(); ++i)
         if (is_escaped_byte(file_name, i))
-            return decode_windows_1252(encode(file_name));
+            return QTextCodec::codecForName("Windows-1252")->toUnicode(encode(file_name));
     return file_name;
 }
