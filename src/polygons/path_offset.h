@@ -43,9 +43,10 @@ PathList offsetAllAndUnite(PathList const& rings, float distance, float arc_step
 // The lines at `distance` beside an open path: on its left for a positive distance, on its
 // right for a negative one (in a plane with y up), one path for each ring of the cleaned offset.
 //
-// The path is simplified (tolerance 0.01); where `extension` is above 0.1, its last point is put
-// `extension` beyond the last but one point along the last segment (so a longer last segment
-// gets shorter) and a point is put `extension` before the first one; then each end gets a hook
+// The path is simplified (tolerance 0.01); where `extension`, widened to double, is above 0.1
+// (as the float 0.1 is), its last point is put `extension` beyond the last but one point along
+// the last segment (so a longer last segment gets shorter) and a point is put `extension` before
+// the first one; then each end gets a hook
 // 0.1 long, bent 1e-4 to the side. The path run forward and back, a ring of no area, is offset
 // by offsetRing and united through ClipperLib, and of each ring of the union only the points
 // that stem from the forward run between the hooks are kept, starting after a point that is not

@@ -1,0 +1,246 @@
+// Offsets and boolean operations on ClipperLib's grid: areas against closed forms, the raw inner
+// corners and their removal, ring ownership, and the lines of parallelPath measured against their
+// source.
+#include "polygons/lines.h"
+#include "polygons/path_clip.h"
+#include "polygons/path_measures.h"
+#include "polygons/path_offset.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+float const notANumber = std::numeric_limits<float>::quiet_NaN();
+// The area a ring can lose or gain when its points are truncated onto the 0.1 mm grid, per unit
+// of its perimeter.
+double const gridAreaPerLength = 1e-4;
+
+// Counter-clockwise with y up, 4 by 4.
+Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+
+bool contains(Path const& path, LocalPoint point) {
+    return std::any_of(path.begin(), path.end(),
+                       [&](LocalPoint p) { return p.x == point.x && p.y == point.y; });
+}
+
+// Positive on the left of the path's nearest segment (y up), negative on its right, 0 beside a
+// vertex.
+float sideOf(LocalPoint point, Path const& path) {
+    float nearest = std::numeric_limits<float>::max();
+    float side = 0.0f;
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        LocalPoint const q = closestOnSegment(point, path[i], path[i + 1]);
+        float const distance = std::hypot(point.x - q.x, point.y - q.y);
+        if (distance < nearest) {
+            nearest = distance;
+            side = (path[i + 1].x - path[i].x) * (point.y - path[i].y) -
+                   (path[i + 1].y - path[i].y) * (point.x - path[i].x);
+        }
+    }
+    return side;
+}
+
+} // namespace
+
+TEST(OffsetRing, SquareGrowsWithRoundCornersAndShrinksToASquare) {
+    // Outward by 1 in arc steps of 0.1: each corner is a fan of trunc(pi/2 / 0.1) + 1 = 16
+    // triangles of angle pi/32, so the area is 16 + 4 * 4 + 32 sin(pi/32). Inward by 1 the corners
+    // meet at the square from 1 to 3.
+    struct Case {
+        float distance;
+        double area;
+        double perimeter;
+    };
+    Case const cases[] = {{-1.0f, 32.0 + 32.0 * std::sin(M_PI / 32.0), 16.0 + 2.0 * M_PI},
+                          {1.0f, 4.0, 8.0}};
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.distance);
+        PathList const united = offsetAndUnite(square, c.distance, 0.1f);
+        ASSERT_EQ(united.size(), 1u);
+        EXPECT_NEAR(signedArea(united[0]), c.area, c.perimeter * gridAreaPerLength);
+    }
+}
+
+TEST(OffsetRing, InnerCornersStayInTheRawOffsetOnly) {
+    std::vector<int> source{7};
+    Path const raw = offsetRing(square, &source, 1.0f, 0.1f);
+    // Per corner: the two moved points and the unmoved corner, indexed after what was there.
+    ASSERT_EQ(raw.size(), 12u);
+    EXPECT_EQ(source, (std::vector<int>{7, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3}));
+    PathList const united = offsetAndUnite(square, 1.0f, 0.1f);
+    ASSERT_EQ(united.size(), 1u);
+    for (LocalPoint corner : square) {
+        EXPECT_TRUE(contains(raw, corner));
+        EXPECT_FALSE(contains(united[0], corner));
+    }
+}
+
+TEST(OffsetRing, JoinsAreBoundedWhateverTheArcStep) {
+    // Four outer corners of a quarter turn; a join of no steps leaves the two moved points.
+    struct Case {
+        float distance, arc_step;
+        std::size_t size;
+    };
+    Case const cases[] = {
+        {-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
+        {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
+        {-1.0f, -0.1f, 8},
+        {-1.0f, notANumber, 8},
+        {-1.0f, 1.0f, 12}, // trunc(pi / 2) = 1 point per join
+    };
+    for (Case const& c : cases)
+        EXPECT_EQ(offsetRing(square, nullptr, c.distance, c.arc_step).size(), c.size)
+            << c.distance << " " << c.arc_step;
+    EXPECT_TRUE(offsetRing({}, nullptr, 1.0f, 0.1f).empty());
+}
+
+TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
+    // The crossing at (1, 1) splits it into a counter-clockwise lobe of area 1 on the left and a
+    // clockwise one on the right, which the positive fill drops.
+    PathList const eight = clipPaths({{{0, 0}, {2, 2}, {2, 0}, {0, 2}}}, true, {},
+                                     ClipperLib::ctUnion, nullptr, false);
+    ASSERT_EQ(eight.size(), 1u);
+    EXPECT_EQ(signedArea(eight[0]), 1.0f);
+
+    Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+    Path const hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
+    Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}};
+    Path const apart{{20, 0}, {23, 0}, {23, 3}, {20, 3}};
+    std::vector<int> groups{9, 9, 9, 9, 9, 9};
+    PathList const rings =
+        clipPaths({apart, island, outer, hole}, true, {}, ClipperLib::ctUnion, &groups, false);
+    ASSERT_EQ(rings.size(), 4u);
+    ASSERT_EQ(groups.size(), 4u);
+    // Each ring after the ring that holds it, and in that ring's group.
+    std::vector<float> areas;
+    for (Path const& ring : rings)
+        areas.push_back(signedArea(ring));
+    auto const at = [&](float area) {
+        return std::find(areas.begin(), areas.end(), area) - areas.begin();
+    };
+    EXPECT_LT(at(100), at(-36));
+    EXPECT_LT(at(-36), at(4));
+    EXPECT_EQ(groups[at(100)], groups[at(-36)]);
+    EXPECT_EQ(groups[at(100)], groups[at(4)]);
+    EXPECT_NE(groups[at(100)], groups[at(9)]);
+
+    // Points off the grid fail the operation.
+    for (float bad : {notANumber, 1e15f}) {
+        std::vector<int> untouched{5};
+        EXPECT_TRUE(
+            clipPair(outer, {{0, 0}, {bad, 1}, {1, 1}}, ClipperLib::ctIntersection, &untouched)
+                .empty());
+        EXPECT_EQ(untouched, std::vector<int>{5});
+    }
+}
+
+namespace {
+
+// Resampling of the segment ab into `pieces`, as its rule has it: t b + (1 - t) a, t = i / pieces.
+Path resampled(LocalPoint a, LocalPoint b, int pieces) {
+    Path points{a};
+    for (int i = 1; i <= pieces; ++i) {
+        float const t = static_cast<float>(i) / static_cast<float>(pieces);
+        points.push_back({t * b.x + (1.0f - t) * a.x, t * b.y + (1.0f - t) * a.y});
+    }
+    return points;
+}
+
+// Largest error of a line's distance from its source: the 0.02 simplification, the sagitta of an
+// arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)), 0.016) and the grid.
+float const lineTolerance = 0.02f + 0.016f + 2e-4f;
+float const lineArcStep = 0.5f;
+
+void expectAtDistance(Path const& line, Path const& source, float distance) {
+    for (LocalPoint point : line) {
+        EXPECT_NEAR(distanceToPath(point, source, false), std::fabs(distance), lineTolerance)
+            << point.x << " " << point.y;
+        EXPECT_GE(sideOf(point, source) * distance, 0.0f) << point.x << " " << point.y;
+    }
+}
+
+} // namespace
+
+TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
+    Path const straight{{0, 0}, {50, 0}};
+    // East, a left U-turn narrower than twice the distance, then a right bend.
+    Path const bent{{0, 0}, {20, 0}, {20, 3}, {5, 3}, {5, 20}};
+    for (float distance : {2.0f, -2.0f}) {
+        for (Path const& source : {straight, bent}) {
+            SCOPED_TRACE(distance);
+            PathList const lines = parallelPath(source, 0.0f, distance, lineArcStep);
+            ASSERT_EQ(lines.size(), 1u);
+            ASSERT_GE(lines[0].size(), 2u);
+            expectAtDistance(lines[0], source, distance);
+            EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
+                      distanceToPath(lines[0].front(), {source.front()}, true));
+        }
+    }
+}
+
+TEST(ParallelPath, ALineAroundALoopClosesAndAnEmptySideStays) {
+    // In from the south-west, once round a circle of radius 10 counter-clockwise, out to the
+    // south-east: the band of width 4 round the path leaves a hole inside the circle, bounded by
+    // the left side only.
+    Path loop{{-20, -20}};
+    for (int degrees = -90; degrees <= 270; degrees += 10) {
+        double const angle = degrees * M_PI / 180.0;
+        loop.push_back(
+            {static_cast<float>(10 * std::cos(angle)), static_cast<float>(10 * std::sin(angle))});
+    }
+    loop.push_back({20, -20});
+    auto const isClosed = [](Path const& line) {
+        return line.size() > 2 && line.front().x == line.back().x &&
+               line.front().y == line.back().y;
+    };
+    PathList const left = parallelPath(loop, 0.0f, 2.0f, lineArcStep);
+    auto const closed = std::find_if(left.begin(), left.end(), isClosed);
+    ASSERT_NE(closed, left.end());
+    expectAtDistance(*closed, loop, 2.0f);
+
+    PathList const right = parallelPath(loop, 0.0f, -2.0f, lineArcStep);
+    EXPECT_EQ(std::count_if(right.begin(), right.end(), isClosed), 0);
+    EXPECT_EQ(std::count_if(right.begin(), right.end(), [](Path const& l) { return l.empty(); }),
+              1);
+}
+
+TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
+    // The hooks end 0.1 beyond the ends and 1e-4 to the right of the way out of the path, which
+    // leaves both points of the path within 0.02 of the chord between them.
+    LocalPoint const startHook{0.0f - 0.1f, 1e-4f};
+    LocalPoint const endHook{10.0f + 0.1f, -1e-4f};
+    // An extension of 2 shortens the last segment of 10 to 2 beyond the last but one point. The
+    // float 0.1 is a little above the double 0.1 against which the extension is compared, and
+    // moves the ends; the float below it does not.
+    float const belowThreshold = std::nextafter(0.1f, 0.0f);
+    struct Case {
+        float distance, extension;
+        Path expected;
+    };
+    Case const cases[] = {
+        {0.0f, 0.0f, resampled(startHook, endHook, 3)},
+        {5e-5f, 0.0f, resampled(startHook, endHook, 3)},
+        {0.0f, belowThreshold, resampled(startHook, endHook, 3)},
+        {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
+        {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}},
+    };
+    for (Case const& c : cases) {
+        PathList const lines = parallelPath({{0, 0}, {10, 0}}, c.extension, c.distance, 1.0f);
+        ASSERT_EQ(lines.size(), 1u);
+        ASSERT_EQ(lines[0].size(), c.expected.size()) << c.distance << " " << c.extension;
+        for (std::size_t i = 0; i < c.expected.size(); ++i) {
+            EXPECT_EQ(lines[0][i].x, c.expected[i].x) << i;
+            EXPECT_EQ(lines[0][i].y, c.expected[i].y) << i;
+        }
+    }
+
+    EXPECT_TRUE(parallelPath({{0, 0}}, 0.0f, 1.0f, 1.0f).empty());
+    EXPECT_TRUE(parallelPath({{0, 0}, {10, 0}}, -1.0f, 1.0f, 1.0f).empty());
+    EXPECT_TRUE(parallelPath({{0, 0}, {10, 0}}, 0.0f, 1.0f, 0.05f).empty());
+    EXPECT_THROW(parallelPath({{0, 0}, {10, 0}}, 0.0f, notANumber, 1.0f),
+                 ClipperLib::clipperException);
+}
