@@ -1,0 +1,140 @@
+// Any bytes as paths for parallelPath and clipPaths: a settings byte, the distance, extension and
+// arc step, then points, each with a byte that can start a new path. The first path goes through
+// parallelPath, the rest, as subjects and clips in turn, through clipPaths. Results come from
+// the integer grid and so are finite, and the owners that clipPaths gives count up from 0 in
+// steps of one.
+#include "polygons/path_clip.h"
+#include "polygons/path_offset.h"
+
+#include <clipper.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// Bits of the settings byte.
+enum : std::uint8_t {
+    // Coordinates, and distance, extension and arc step, are the bits of floats (not-a-number,
+    // infinities, huge and tiny values), not decimetres and small steps.
+    rawPoints = 1 << 0,
+    rawSettings = 1 << 1,
+    subjectsClosed = 1 << 2,
+    strictlySimple = 1 << 3,
+    // Bits 4 and 5 pick the ClipType.
+    clipTypeShift = 4,
+};
+
+// Bit of a point's byte.
+enum : std::uint8_t { startsPath = 1 << 0 };
+
+// An offset whose round joins may ask for more points than this is legitimate but only slow: a
+// huge distance in steps of 0.1 is passed over rather than timed out. A join turns by pi at most,
+// and the ring of a path of n points has 2 n + 4 vertices with its hooks and extensions.
+double const mostJoinPointsPerInput = 1e6;
+double const pi = 3.141592653589793;
+double const smallestArcStep = 0.1;
+
+struct Reader {
+    std::uint8_t const* data;
+    std::size_t size;
+
+    bool has(std::size_t bytes) const { return size >= bytes; }
+    template <typename T> T take() {
+        T value;
+        std::memcpy(&value, data, sizeof value);
+        data += sizeof value;
+        size -= sizeof value;
+        return value;
+    }
+};
+
+bool finite(PathList const& paths) {
+    for (Path const& path : paths)
+        for (LocalPoint point : path)
+            if (!std::isfinite(point.x) || !std::isfinite(point.y))
+                return false;
+    return true;
+}
+
+void checkParallelPath(Path const& path, float extension, float distance, float arc_step) {
+    double const pointsPerJoin = std::fabs(static_cast<double>(distance)) * pi /
+                                 std::max(static_cast<double>(arc_step), smallestArcStep);
+    double const joinPoints = pointsPerJoin * (2.0 * static_cast<double>(path.size()) + 4.0);
+    if (joinPoints > mostJoinPointsPerInput)
+        return;
+    try {
+        PathList const lines = parallelPath(path, extension, distance, arc_step);
+        // Only no offset at all returns points that did not pass through the grid.
+        if (std::fabs(distance) >= 1e-4f && !finite(lines))
+            std::abort();
+    } catch (ClipperLib::clipperException const&) {
+        // ClipperLib's failures are the caller's to handle.
+    }
+}
+
+void checkClipPaths(PathList const& subjects, PathList const& clips, std::uint8_t settings) {
+    auto const clipType = static_cast<ClipperLib::ClipType>((settings >> clipTypeShift) & 3);
+    std::vector<int> groups{-1};
+    PathList const result = clipPaths(subjects, settings & subjectsClosed, clips, clipType, &groups,
+                                      settings & strictlySimple);
+    if (!finite(result))
+        std::abort();
+    if (result.empty())
+        return;
+    if (groups.size() != result.size() || groups[0] != 0)
+        std::abort();
+    for (std::size_t i = 1; i < groups.size(); ++i)
+        if (groups[i] != groups[i - 1] && groups[i] != groups[i - 1] + 1)
+            std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    Reader input{data, size};
+    if (!input.has(1 + 3 * sizeof(float)))
+        return 0;
+    std::uint8_t const settings = input.take<std::uint8_t>();
+    float distance = 0.0f;
+    float extension = 0.0f;
+    float arcStep = 0.0f;
+    if (settings & rawSettings) {
+        distance = input.take<float>();
+        extension = input.take<float>();
+        arcStep = input.take<float>();
+    } else {
+        distance = static_cast<float>(input.take<std::int32_t>() % 4000) * 0.01f;
+        extension = static_cast<float>(input.take<std::int32_t>() % 1000) * 0.01f;
+        arcStep = static_cast<float>(input.take<std::int32_t>() % 1000) * 0.01f;
+    }
+
+    PathList paths(1);
+    std::size_t const pointSize =
+        settings & rawPoints ? 2 * sizeof(float) : 2 * sizeof(std::int16_t);
+    while (input.has(1 + pointSize)) {
+        if ((input.take<std::uint8_t>() & startsPath) && !paths.back().empty())
+            paths.emplace_back();
+        LocalPoint point;
+        if (settings & rawPoints) {
+            point.x = input.take<float>();
+            point.y = input.take<float>();
+        } else {
+            point.x = static_cast<float>(input.take<std::int16_t>()) * 0.1f;
+            point.y = static_cast<float>(input.take<std::int16_t>()) * 0.1f;
+        }
+        paths.back().push_back(point);
+    }
+
+    checkParallelPath(paths[0], extension, distance, arcStep);
+    PathList subjects;
+    PathList clips;
+    for (std::size_t i = 1; i < paths.size(); ++i)
+        (i % 2 ? subjects : clips).push_back(paths[i]);
+    checkClipPaths(subjects, clips, settings);
+    return 0;
+}
