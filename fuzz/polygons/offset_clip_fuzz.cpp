@@ -32,12 +32,35 @@ enum : std::uint8_t {
 // Bit of a point's byte.
 enum : std::uint8_t { startsPath = 1 << 0 };
 
-// An offset whose round joins may ask for more points than this is legitimate but only slow: a
-// huge distance in steps of 0.1 is passed over rather than timed out. A join turns by pi at most,
-// and the ring of a path of n points has 2 n + 4 vertices with its hooks and extensions.
-double const mostJoinPointsPerInput = 1e6;
+// Inputs for which parallelPath may rightly give more points than this are passed over: a huge
+// distance in steps of 0.1, or a path thousands of kilometres long resampled to steps of 5, is
+// only slow, not wrong.
+double const mostPointsPerInput = 1e6;
 double const pi = 3.141592653589793;
 double const smallestArcStep = 0.1;
+double const longestResultStep = 5.0;
+
+// A bound on the points of parallelPath: a round join of |distance| * pi / arc_step points at
+// each of the 2 n + 4 vertices of its ring (the path forward and back, with hooks and
+// extensions), and lines in steps of 5 along the ring, which runs twice along the path with its
+// extensions and across it, twice the distance, at every vertex. Segments that are not finite
+// are resampled as one piece.
+double mostResultPoints(Path const& path, float extension, float distance, float arc_step) {
+    double length = 0.0;
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        double const segment = std::hypot(static_cast<double>(path[i].x - path[i - 1].x),
+                                          static_cast<double>(path[i].y - path[i - 1].y));
+        if (std::isfinite(segment))
+            length += segment;
+    }
+    double const offset = std::fabs(static_cast<double>(distance));
+    double const vertices = 2.0 * static_cast<double>(path.size()) + 4.0;
+    double const joinPoints =
+        offset * pi / std::max(static_cast<double>(arc_step), smallestArcStep) * vertices;
+    double const ringLength = 2.0 * (length + 2.0 * std::fabs(static_cast<double>(extension))) +
+                              vertices * offset * (2.0 + pi);
+    return joinPoints + ringLength / longestResultStep + vertices;
+}
 
 struct Reader {
     std::uint8_t const* data;
@@ -62,10 +85,7 @@ bool finite(PathList const& paths) {
 }
 
 void checkParallelPath(Path const& path, float extension, float distance, float arc_step) {
-    double const pointsPerJoin = std::fabs(static_cast<double>(distance)) * pi /
-                                 std::max(static_cast<double>(arc_step), smallestArcStep);
-    double const joinPoints = pointsPerJoin * (2.0 * static_cast<double>(path.size()) + 4.0);
-    if (joinPoints > mostJoinPointsPerInput)
+    if (mostResultPoints(path, extension, distance, arc_step) > mostPointsPerInput)
         return;
     try {
         PathList const lines = parallelPath(path, extension, distance, arc_step);
