@@ -20,6 +20,26 @@ Path fromGridPath(ClipperLib::Path const& path) {
     return converted;
 }
 
+// True where the path, once its repeated points are passed over as ClipperLib does, has two
+// consecutive horizontal edges that run opposite ways. With StrictlySimple on, ClipperLib 6.4.2
+// processes such a chain of an open path through an iterator that it set for the other
+// direction only, and reads through a null pointer.
+bool turnsBackAlongAHorizontal(ClipperLib::Path const& path) {
+    ClipperLib::cInt previousRun = 0; // the x run of the edge before, if horizontal
+    std::size_t previous = 0;
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        if (path[i] == path[previous])
+            continue;
+        ClipperLib::cInt const run =
+            path[i].Y == path[previous].Y ? path[i].X - path[previous].X : 0;
+        if ((run > 0 && previousRun < 0) || (run < 0 && previousRun > 0))
+            return true;
+        previousRun = run;
+        previous = i;
+    }
+    return false;
+}
+
 } // namespace
 
 PathList clipPaths(PathList const& subjects, bool subjects_closed, PathList const& clips,
@@ -28,8 +48,12 @@ PathList clipPaths(PathList const& subjects, bool subjects_closed, PathList cons
     ClipperLib::PolyTree tree;
     try {
         ClipperLib::Clipper clipper;
-        for (Path const& subject : subjects)
-            clipper.AddPath(toGridPath(subject), ClipperLib::ptSubject, subjects_closed);
+        for (Path const& subject : subjects) {
+            ClipperLib::Path const converted = toGridPath(subject);
+            if (strictly_simple && !subjects_closed && turnsBackAlongAHorizontal(converted))
+                return {};
+            clipper.AddPath(converted, ClipperLib::ptSubject, subjects_closed);
+        }
         for (Path const& clip : clips)
             clipper.AddPath(toGridPath(clip), ClipperLib::ptClip, true);
         clipper.StrictlySimple(strictly_simple);

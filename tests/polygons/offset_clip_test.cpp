@@ -138,6 +138,14 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     }
 }
 
+TEST(ClipPaths, OpenPathTurningBackAlongAHorizontalFailsOnlyWhenStrictlySimple) {
+    // From (2, 0) back to (0.1, 0) after the peak at (2, 2): ClipperLib would follow this
+    // horizontal chain through a null iterator.
+    Path const turningBack{{0, 0}, {2, 2}, {0.1f, 0}, {2, 0}, {0.1f, 0}, {0, 2}};
+    EXPECT_FALSE(clipPaths({turningBack}, false, {}, ClipperLib::ctUnion, nullptr, false).empty());
+    EXPECT_TRUE(clipPaths({turningBack}, false, {}, ClipperLib::ctUnion, nullptr, true).empty());
+}
+
 namespace {
 
 // Resampling of the segment ab into `pieces`, as its rule has it: t b + (1 - t) a, t = i / pieces.
