@@ -20,22 +20,34 @@ Path fromGridPath(ClipperLib::Path const& path) {
     return converted;
 }
 
+// The cross and dot products of two differences of grid points, each below 2^63 in size, are
+// exact in 128 bits.
+__extension__ typedef __int128 WideInt;
+
 // True where the path, once its repeated points are passed over as ClipperLib does, has two
-// consecutive horizontal edges that run opposite ways. With StrictlySimple on, ClipperLib 6.4.2
-// processes such a chain of an open path through an iterator that it set for the other
-// direction only, and reads through a null pointer.
-bool turnsBackAlongAHorizontal(ClipperLib::Path const& path) {
-    ClipperLib::cInt previousRun = 0; // the x run of the edge before, if horizontal
-    std::size_t previous = 0;
-    for (std::size_t i = 1; i < path.size(); ++i) {
-        if (path[i] == path[previous])
+// consecutive edges that run opposite ways along one line: a spike. ClipperLib 6.4.2 keeps the
+// spikes of open paths and then can misplace them: it follows a chain of horizontal edges that
+// turns back through an iterator it set for the other direction only (with StrictlySimple), and
+// it can leave a horizontal edge after a spike among the edges it crosses, whose x it then
+// computes from a slope of -1e40. Both are undefined behaviour: a null pointer read, and a
+// conversion of a double far beyond 64 bits.
+bool hasSpike(ClipperLib::Path const& path) {
+    std::size_t const size = path.size();
+    std::size_t a = 0;
+    std::size_t b = 1;
+    while (b < size && path[b] == path[a])
+        ++b;
+    for (std::size_t c = b + 1; c < size; ++c) {
+        if (path[c] == path[b])
             continue;
-        ClipperLib::cInt const run =
-            path[i].Y == path[previous].Y ? path[i].X - path[previous].X : 0;
-        if ((run > 0 && previousRun < 0) || (run < 0 && previousRun > 0))
+        WideInt const abX = path[b].X - path[a].X;
+        WideInt const abY = path[b].Y - path[a].Y;
+        WideInt const bcX = path[c].X - path[b].X;
+        WideInt const bcY = path[c].Y - path[b].Y;
+        if (abX * bcY == abY * bcX && abX * bcX + abY * bcY < 0)
             return true;
-        previousRun = run;
-        previous = i;
+        a = b;
+        b = c;
     }
     return false;
 }
@@ -50,7 +62,7 @@ PathList clipPaths(PathList const& subjects, bool subjects_closed, PathList cons
         ClipperLib::Clipper clipper;
         for (Path const& subject : subjects) {
             ClipperLib::Path const converted = toGridPath(subject);
-            if (strictly_simple && !subjects_closed && turnsBackAlongAHorizontal(converted))
+            if (!subjects_closed && hasSpike(converted))
                 return {};
             clipper.AddPath(converted, ClipperLib::ptSubject, subjects_closed);
         }

@@ -19,9 +19,9 @@
 // each result the index of the outer ring (among the solution's top-level rings) that it belongs
 // to. `strictly_simple` asks ClipperLib for rings that do not even touch themselves. Any failure
 // of ClipperLib, among them a coordinate too large for the grid, infinite or not a number, gives
-// an empty list and leaves `group_index` as it was. So does, with `strictly_simple`, an open
-// subject that turns back on itself along a horizontal line (on the grid), which ClipperLib
-// 6.4.2 would process through a null pointer.
+// an empty list and leaves `group_index` as it was. So does an open subject with a spike, two
+// consecutive edges (on the grid) that run opposite ways along one line, which ClipperLib 6.4.2
+// keeps and may then process through a null pointer or an overflowing conversion.
 PathList clipPaths(PathList const& subjects, bool subjects_closed, PathList const& clips,
                    ClipperLib::ClipType clip_type, std::vector<int>* group_index,
                    bool strictly_simple);

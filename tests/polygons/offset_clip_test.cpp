@@ -138,12 +138,23 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     }
 }
 
-TEST(ClipPaths, OpenPathTurningBackAlongAHorizontalFailsOnlyWhenStrictlySimple) {
-    // From (2, 0) back to (0.1, 0) after the peak at (2, 2): ClipperLib would follow this
-    // horizontal chain through a null iterator.
-    Path const turningBack{{0, 0}, {2, 2}, {0.1f, 0}, {2, 0}, {0.1f, 0}, {0, 2}};
-    EXPECT_FALSE(clipPaths({turningBack}, false, {}, ClipperLib::ctUnion, nullptr, false).empty());
-    EXPECT_TRUE(clipPaths({turningBack}, false, {}, ClipperLib::ctUnion, nullptr, true).empty());
+TEST(ClipPaths, OpenPathsWithASpikeFail) {
+    // ClipperLib follows the horizontal spike from (2, 0) back to (0.1, 0) through a null
+    // iterator when strictly simple, and leaves the horizontal edge after the spike to (0.7, 5.6)
+    // among the crossing edges, with a slope of -1e40.
+    Path const horizontalSpike{{0, 0}, {2, 2}, {0.1f, 0}, {2, 0}, {0.1f, 0}, {0, 2}};
+    Path const spikeBeforeHorizontal{{0, 0}, {0.7f, 5.6f}, {0, 0}, {-25.4f, 0}, {20, 3}};
+    Path const clip{{0, 0}, {2, 0}, {0, 2}, {-0.1f, -0.8f}};
+    EXPECT_TRUE(
+        clipPaths({horizontalSpike}, false, {}, ClipperLib::ctUnion, nullptr, true).empty());
+    EXPECT_TRUE(clipPaths({spikeBeforeHorizontal}, false, {clip}, ClipperLib::ctIntersection,
+                          nullptr, false)
+                    .empty());
+    // Without the spike the path is clipped.
+    Path const withoutSpike{{0, 0}, {-25.4f, 0}, {20, 3}};
+    EXPECT_FALSE(
+        clipPaths({withoutSpike}, false, {clip}, ClipperLib::ctIntersection, nullptr, false)
+            .empty());
 }
 
 namespace {
