@@ -27,7 +27,7 @@ inline constexpr int mostJoinPoints = 1 << 18;
 // crosses itself at inner corners and wherever the ring bends more tightly than the distance;
 // offsetAndUnite removes that. `source_index`, where given, is appended to (not cleared) with i
 // once for each point of vertex i. An empty ring gives an empty result; a ring of one point
-// gives that point moved by (-distance, 0) twice; a distance of 0 gives every vertex two or more
+// gives that point moved by (-distance, 0) twice; a distance of 0 gives every vertex two or three
 // times; coordinates that are not finite give points that are not finite.
 Path offsetRing(Path const& ring, std::vector<int>* source_index, float distance, float arc_step);
 
