@@ -14,9 +14,6 @@ using namespace TC::Task_data::Elements::Client;
 
 namespace {
 
-QString const correction_source_key = QStringLiteral("CorrectionSource");
-QString const position_key = QStringLiteral("BasePoint/Position");
-
 // The only datum the display writes.
 QByteArray const wgs84_datum = QByteArrayLiteral("W84");
 
@@ -108,11 +105,6 @@ Base_station find_or_create_base_station(int correction_source, QByteArray const
         entry.station = station;
     }
     return entry.station;
-}
-
-LineCorrection read_line_correction(QSettings const& settings) {
-    return {settings.value(correction_source_key, 0).toInt(),
-            settings.value(position_key).toByteArray()};
 }
 
 void set_correction(Guidance_pattern pattern, int correction_source) {

@@ -8,11 +8,11 @@
 // the field walk only hands it down.
 
 #include "coordinates/points.h"
+#include "guidance/line_correction.h"
 #include "taskdata/task_data.h"
 
 #include <QByteArray>
 #include <QHash>
-#include <QSettings>
 
 #include <limits>
 
@@ -78,16 +78,6 @@ TC::Task_data::Elements::Client::Base_station
 find_or_create_base_station(int correction_source, QByteArray const& position_text,
                             BaseStationTable& base_stations,
                             TC::Task_data::Elements::Client::Task_data root);
-
-// The correction settings of a line: "CorrectionSource" (0 when missing or no
-// number) and "BasePoint/Position" (empty when missing). The display writes
-// a position text in double quotes; unquoted, its commas would make it a
-// list, which reads as empty.
-struct LineCorrection {
-    int source = 0;
-    QByteArray position_text;
-};
-LineCorrection read_line_correction(QSettings const& settings);
 
 // "P231_correction" on the pattern: the correction source in decimal, for any
 // value, 0 and those outside 1 to 23 included.

@@ -7,18 +7,7 @@
 #include "taskdata/task_data.h"
 
 #include <QDir>
-#include <QSettings>
 #include <QString>
-
-// The reference of a pivot's settings, in degrees: "Reference/Lat" and
-// "Reference/Lon" (0.0 when missing) when "Reference/Lat" is there;
-// otherwise, when "Reference/East" is there, the point of "Reference/East"
-// and "Reference/North" (metres) in the UTM zone "Reference/Zone". False,
-// leaving both numbers alone, when neither form is there or the zone is 0 or
-// missing.
-bool read_pivot_reference(QSettings const& settings, double& latitude, double& longitude);
-// The same for the settings file at `path`; false when it is missing.
-bool read_pivot_reference(QString const& path, double& latitude, double& longitude);
 
 // Each pivot directory below the field's "Pivots", in name order ignoring
 // case, whose settings have a reference becomes a guidance pattern of type 4
