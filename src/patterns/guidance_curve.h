@@ -55,6 +55,9 @@ public:
     TGuidanceCurve() = default;
     TGuidanceCurve(TGuidanceCurve const&) = default;
     TGuidanceCurve& operator=(TGuidanceCurve const&) = default;
+    // Moves, so that a growing list of curves does not copy every point.
+    TGuidanceCurve(TGuidanceCurve&&) = default;
+    TGuidanceCurve& operator=(TGuidanceCurve&&) = default;
     virtual ~TGuidanceCurve() = default;
 
     // Appends a recorded point; true if it was appended. Unless keepAll, from the third point
