@@ -30,6 +30,7 @@ all_targets=(
   "products mixture_settings 4096"
   "taskdata task_data_set 32768"
   "patterns guidance_curve 4096"
+  "patterns curve_pattern 16384"
   "polygons offset_clip 4096"
 )
 
