@@ -36,7 +36,7 @@ protected:
     TCurvePattern pattern;
 };
 
-TEST_F(CurvePattern, Load_runsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMetres) {
+TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMetres) {
     struct Case {
         float joinDistance;
         float gap;
@@ -65,7 +65,7 @@ TEST_F(CurvePattern, Load_runsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMetr
     }
 }
 
-TEST_F(CurvePattern, Load_convertsFromTheFilesReferenceToTheGivenCentre) {
+TEST_F(CurvePattern, PointsGoFromTheFilesReferenceToTheGivenCentre) {
     // A centre 0.0009 degrees north of the reference: at 52.5 degrees a degree of latitude is
     // M = a (1 - e2) / (1 - e2 sin^2 52.5)^1.5 * pi / 180 = 111,276.8 m (WGS-84), so the
     // reference lies 0.0009 * 111,276.8 = 100.149 m south of the centre.
@@ -75,7 +75,7 @@ TEST_F(CurvePattern, Load_convertsFromTheFilesReferenceToTheGivenCentre) {
     EXPECT_NEAR(pattern.firstCurvePoints()[0].y, 100.149f, 0.005f);
 }
 
-TEST_F(CurvePattern, Load_filesWithoutPointsFailWithOneOpenCurve) {
+TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurve) {
     QByteArray const head = crv_file(reference, {});
     QByteArray const one = crv_file(reference, {{1, 2}});
     for (QByteArray const& content :
@@ -87,7 +87,7 @@ TEST_F(CurvePattern, Load_filesWithoutPointsFailWithOneOpenCurve) {
     }
 }
 
-TEST_F(CurvePattern, Load_readsTheSettingsEvenWithoutTheCurveFile) {
+TEST_F(CurvePattern, SettingsAreReadEvenWithoutTheCurveFile) {
     write(QByteArray(), "CorrectionSource=7\n[BasePoint]\nPosition=\"{W84,N1D,E2D,3}\"\n");
     QFile::remove(path);
     EXPECT_FALSE(pattern.loadFile(path, reference, false));
@@ -102,7 +102,7 @@ TEST_F(CurvePattern, Load_readsTheSettingsEvenWithoutTheCurveFile) {
     EXPECT_EQ(pattern.correctionSourceValue(), 0);
 }
 
-TEST_F(CurvePattern, WritePoint_appendsToTheLoadedFile) {
+TEST_F(CurvePattern, WrittenPointsAreThereAfterAReload) {
     ASSERT_TRUE(load({{10, 20}, {30, 20}}));
     EXPECT_TRUE(pattern.writePoint({50, 20}));
     EXPECT_TRUE(pattern.writePoint(TPointHistory::breakMark));
@@ -119,7 +119,7 @@ TEST_F(CurvePattern, WritePoint_appendsToTheLoadedFile) {
     EXPECT_FALSE(pattern.writePoint({90, 20}));
 }
 
-TEST_F(CurvePattern, NearestCurve_leavesOutTheOpenCurveAndLetsTheLaterOneWinATie) {
+TEST_F(CurvePattern, NearestCurveLeavesOutTheOpenOneAndTheLaterWinsATie) {
     ASSERT_TRUE(load({{10, -10}, {30, -10}, separator, {10, 10}, {30, 10}}));
     pattern.lastCurve().add({20, 1});
     pattern.lastCurve().add({20, 2});
