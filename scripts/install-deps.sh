@@ -15,6 +15,7 @@ packages=(
   clang libclang-rt-14-dev
   libgeos-dev
   dpkg-dev
+  chromium # renders the preview page in its test and for the README's screenshot
 )
 
 # The mirror answers now and then with a transient error ("Mirror sync in
