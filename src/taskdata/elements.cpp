@@ -131,6 +131,13 @@ bool valid_index(Node const* node, unsigned int index) {
     return node && node->points && index < static_cast<unsigned int>(node->points->count());
 }
 
+// Point attributes are read as Float::get and UInt8::get read theirs.
+bool parse_number(QLatin1String text, double& value) {
+    bool ok = false;
+    value = QByteArray::fromRawData(text.data(), text.size()).toDouble(&ok);
+    return ok;
+}
+
 } // namespace
 
 unsigned int Linestring::create_new_point() {
@@ -173,6 +180,38 @@ void Linestring::set_east(unsigned int index, double degrees) {
 void Linestring::set_designator(unsigned int index, QString const& designator) {
     if (valid_index(node_.get(), index))
         node_->points->set(static_cast<int>(index), QByteArrayLiteral("B"), designator);
+}
+
+bool Linestring::get_position(unsigned int index, double& north, double& east) const {
+    if (!valid_index(node_.get(), index))
+        return false;
+    bool has_north = false;
+    bool has_east = false;
+    node_->points->for_each_bytes(static_cast<int>(index),
+                                  [&](QLatin1String name, QLatin1String value) {
+                                      if (name == QLatin1String("C"))
+                                          has_north = parse_number(value, north);
+                                      else if (name == QLatin1String("D"))
+                                          has_east = parse_number(value, east);
+                                  });
+    return has_north && has_east;
+}
+
+bool Linestring::get_type(unsigned int index, unsigned char& type) const {
+    if (!valid_index(node_.get(), index))
+        return false;
+    bool found = false;
+    node_->points->for_each_bytes(
+        static_cast<int>(index), [&](QLatin1String name, QLatin1String value) {
+            if (name != QLatin1String("A"))
+                return;
+            bool ok = false;
+            uint const parsed = QByteArray::fromRawData(value.data(), value.size()).toUInt(&ok);
+            found = ok && parsed <= 255;
+            if (found)
+                type = static_cast<unsigned char>(parsed);
+        });
+    return found;
 }
 
 void Linestring::add_points(Polyline const& polyline, bool, bool) {

@@ -125,6 +125,13 @@ public:
     void set_north(unsigned int index, double degrees);
     void set_east(unsigned int index, double degrees);
     void set_designator(unsigned int index, QString const& designator);
+    // Position of point `index` in degrees (PNT C PointNorth, D PointEast);
+    // false when there is no such point or either value is missing or not a
+    // number.
+    bool get_position(unsigned int index, double& north, double& east) const;
+    // PNT A, PointType, of point `index`; false when there is no such point or
+    // the value is missing or not a whole number of 0 to 255.
+    bool get_type(unsigned int index, unsigned char& type) const;
     // Appends origin + offset for every point of the polyline, as points of
     // type 2 (other).
     void add_points(Polyline const& polyline, bool, bool);
@@ -171,6 +178,8 @@ public:
     UInt8 propagation() const { return view<UInt8>("E"); }
     UInt8 extension() const { return view<UInt8>("F"); }
     UInt32 radius() const { return view<UInt32>("H"); }
+    // GuidancePatternHeading (G): degrees clockwise from north, of an A+ line.
+    Float heading() const { return view<Float>("G"); }
     LinkedID base_station() const { return link("L", "BSN"); }
 
     Linestring create_linestring(bool = true) const;
