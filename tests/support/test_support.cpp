@@ -62,18 +62,9 @@ bool file_exists(QString const& path) {
     return QFileInfo::exists(path);
 }
 
-ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
-                 QString const& shell_prefix) {
-    QProcess process;
-    process.setWorkingDirectory(working_dir);
-    if (shell_prefix.isEmpty()) {
-        process.start(QStringLiteral(TDM_TOOL), arguments);
-    } else {
-        QStringList shell_arguments = {QStringLiteral("-c"),
-                                       shell_prefix + QStringLiteral("; exec \"$0\" \"$@\""),
-                                       QStringLiteral(TDM_TOOL)};
-        process.start(QStringLiteral("bash"), shell_arguments + arguments);
-    }
+namespace {
+
+ToolRun finish(QProcess& process) {
     ToolRun result;
     if (!process.waitForFinished(120000)) {
         ADD_FAILURE() << "the tool did not finish";
@@ -85,6 +76,29 @@ ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
     result.out = process.readAllStandardOutput();
     result.err = process.readAllStandardError();
     return result;
+}
+
+} // namespace
+
+ToolRun run_program(QString const& program, QStringList const& arguments,
+                    QString const& working_dir) {
+    QProcess process;
+    process.setWorkingDirectory(working_dir);
+    process.start(program, arguments);
+    return finish(process);
+}
+
+ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
+                 QString const& shell_prefix) {
+    if (shell_prefix.isEmpty())
+        return run_program(QStringLiteral(TDM_TOOL), arguments, working_dir);
+    QProcess process;
+    process.setWorkingDirectory(working_dir);
+    QStringList shell_arguments = {QStringLiteral("-c"),
+                                   shell_prefix + QStringLiteral("; exec \"$0\" \"$@\""),
+                                   QStringLiteral(TDM_TOOL)};
+    process.start(QStringLiteral("bash"), shell_arguments + arguments);
+    return finish(process);
 }
 
 QString XmlElement::attribute(QString const& name) const {
@@ -133,6 +147,8 @@ XmlElement read_xml(QString const& path) {
             stack.append(&stack.last()->children.last());
         } else if (xml.isEndElement()) {
             stack.removeLast();
+        } else if (xml.isCharacters()) {
+            stack.last()->text += xml.text();
         }
     }
     if (xml.hasError())

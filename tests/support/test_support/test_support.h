@@ -38,6 +38,10 @@ struct ToolRun {
     QByteArray err;
 };
 
+// Runs `program` with `arguments` in `working_dir`.
+ToolRun run_program(QString const& program, QStringList const& arguments,
+                    QString const& working_dir);
+
 // Runs taskdata-migrate with `arguments` in `working_dir`; `shell_prefix`, if
 // given, is a shell snippet run first in the same shell (limits, traps).
 ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
@@ -48,6 +52,7 @@ struct XmlElement {
     QString tag;
     QList<QPair<QString, QString>> attributes;
     QList<XmlElement> children;
+    QString text; // the character data directly inside, joined
 
     QString attribute(QString const& name) const; // empty when absent
     bool has_attribute(QString const& name) const;
