@@ -14,6 +14,15 @@ build: deps
 
 demo: build
 	$(BUILD_DIR)/taskdata-migrate -p -O out examples/display
+	$(BUILD_DIR)/taskdata-preview out
+
+# The README's picture of the demo's preview page, rendered by headless
+# Chromium (root needs --no-sandbox).
+.PHONY: screenshot
+screenshot: demo
+	chromium --headless --no-sandbox --disable-gpu --hide-scrollbars \
+		--force-device-scale-factor=1 --window-size=1340,2300 \
+		--screenshot=docs/preview.png file://$(CURDIR)/out/preview.html
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure --no-tests=error -j $(JOBS)
