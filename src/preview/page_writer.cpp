@@ -168,8 +168,10 @@ std::vector<PlacedField> placeFields(Task_data const& root) {
     int const missing = std::numeric_limits<int>::max();
 
     struct Entry {
-        int client, farm, order;
+        int client_order, farm_order, order;
         Partfield field;
+        Customer client; // the field's, or else its farm's
+        Farm farm;
     };
     std::vector<Entry> entries;
     for (Partfield const field : root.partfields()) {
@@ -177,23 +179,21 @@ std::vector<PlacedField> placeFields(Task_data const& root) {
         Customer const client =
             field.get_customer().valid() ? field.get_customer() : farm.get_customer();
         entries.push_back({clientOrder.value(client, missing), farmOrder.value(farm, missing),
-                           static_cast<int>(entries.size()), field});
+                           static_cast<int>(entries.size()), field, client, farm});
     }
     std::sort(entries.begin(), entries.end(), [](Entry const& a, Entry const& b) {
-        return std::tie(a.client, a.farm, a.order) < std::tie(b.client, b.farm, b.order);
+        return std::tie(a.client_order, a.farm_order, a.order) <
+               std::tie(b.client_order, b.farm_order, b.order);
     });
 
     std::vector<PlacedField> fields;
     for (Entry const& entry : entries) {
         PlacedField placed;
         placed.id = QStringLiteral("f%1").arg(fields.size() + 1);
-        Farm const farm = entry.field.get_farm();
-        Customer const client =
-            entry.field.get_customer().valid() ? entry.field.get_customer() : farm.get_customer();
-        placed.client =
-            client.valid() ? orUnnamed(text(client.designator())) : QStringLiteral("(no client)");
-        placed.farm =
-            farm.valid() ? orUnnamed(text(farm.designator())) : QStringLiteral("(no farm)");
+        placed.client = entry.client.valid() ? orUnnamed(text(entry.client.designator()))
+                                             : QStringLiteral("(no client)");
+        placed.farm = entry.farm.valid() ? orUnnamed(text(entry.farm.designator()))
+                                         : QStringLiteral("(no farm)");
         placed.sketch = readFieldSketch(entry.field);
         placed.frame = frameAround(boundsOf(placed.sketch), panelWidth, panelHeight, panelMargin);
         simplify(placed.sketch,
