@@ -1,11 +1,12 @@
 #include "tool_process.h"
 
+#include "test_support/test_support.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 
 #include <vector>
 
@@ -19,8 +20,8 @@ namespace tool_process {
 BackgroundTool::BackgroundTool(QStringList const& arguments, QString const& working_dir)
     : err_path_(working_dir + QStringLiteral("/.tool-stderr")) {
     // Everything the child needs is made before the fork.
-    QList<QByteArray> texts{QByteArray(TDM_TOOL)};
-    for (QString const& argument : arguments)
+    QList<QByteArray> texts;
+    for (QString const& argument : test_support::command_of(QStringLiteral(TDM_TOOL)) + arguments)
         texts.append(argument.toUtf8());
     std::vector<char*> argv;
     for (QByteArray& text : texts)
@@ -98,26 +99,26 @@ TmpfsMount::TmpfsMount(QString const& dir, int size_kib) : dir_(dir) {
         return;
     }
     QDir().mkpath(dir);
-    QProcess mount;
-    mount.setProcessChannelMode(QProcess::MergedChannels);
-    mount.start(QStringLiteral("mount"),
-                {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                 QStringLiteral("size=%1k").arg(size_kib), QStringLiteral("tmpfs"), dir});
-    mounted_ = mount.waitForFinished() && mount.exitStatus() == QProcess::NormalExit &&
-               mount.exitCode() == 0;
+    test_support::ToolRun const mount = test_support::run_program(
+        {QStringLiteral("mount"), QStringLiteral("-t"), QStringLiteral("tmpfs"),
+         QStringLiteral("-o"), QStringLiteral("size=%1k").arg(size_kib), QStringLiteral("tmpfs"),
+         dir},
+        QString(), true);
+    mounted_ = mount.exit_code == 0;
     if (!mounted_)
         why_ = QStringLiteral("cannot mount a tmpfs here: %1")
-                   .arg(QString::fromLocal8Bit(mount.readAll()).trimmed());
+                   .arg(QString::fromLocal8Bit(mount.out).trimmed());
 }
 
 TmpfsMount::~TmpfsMount() {
     if (mounted_)
-        QProcess::execute(QStringLiteral("umount"), {dir_});
+        test_support::run_program({QStringLiteral("umount"), dir_});
 }
 
 bool TmpfsMount::remount_read_only() {
-    return QProcess::execute(QStringLiteral("mount"),
-                             {QStringLiteral("-o"), QStringLiteral("remount,ro"), dir_}) == 0;
+    return test_support::run_program(
+               {QStringLiteral("mount"), QStringLiteral("-o"), QStringLiteral("remount,ro"), dir_})
+               .exit_code == 0;
 }
 
 QMap<QString, QString> snapshot(QString const& root, QStringList const& left_out) {

@@ -5,7 +5,6 @@
 
 #include <QImage>
 #include <QPointF>
-#include <QProcess>
 #include <QStandardPaths>
 
 #include <gtest/gtest.h>
@@ -66,7 +65,7 @@ QByteArray const head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
                         "<CTR A=\"CTR1\" B=\"Client\"/><FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/>";
 
 ToolRun preview(QStringList const& arguments, QString const& working_dir) {
-    return run_program(QStringLiteral(TDM_PREVIEW), arguments, working_dir);
+    return run_program(command_of(QStringLiteral(TDM_PREVIEW)) + arguments, working_dir);
 }
 
 // The polylines of SVG path data "Mx y x y ...Z Mx y ...".
@@ -274,16 +273,12 @@ TEST(PreviewDemo, RendersEveryBoundaryInChromium) {
     // One column of panels, 640 pixels wide beside the page's padding of 16.
     int const left = 16;
     QString const png = scratch.file(QStringLiteral("page.png"));
-    QProcess process;
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(chromium, {QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
-                             QStringLiteral("--disable-gpu"), QStringLiteral("--hide-scrollbars"),
-                             QStringLiteral("--force-device-scale-factor=1"),
-                             QStringLiteral("--screenshot=") + png,
-                             QStringLiteral("--window-size=672,%1").arg(1200 + 700 * fields),
-                             QStringLiteral("file://") + page_path});
-    ASSERT_TRUE(process.waitForFinished(120000));
+    run_program({chromium, QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
+                 QStringLiteral("--disable-gpu"), QStringLiteral("--hide-scrollbars"),
+                 QStringLiteral("--force-device-scale-factor=1"),
+                 QStringLiteral("--screenshot=") + png,
+                 QStringLiteral("--window-size=672,%1").arg(1200 + 700 * fields),
+                 QStringLiteral("file://") + page_path});
     QImage const image(png);
     ASSERT_FALSE(image.isNull()) << "chromium wrote no screenshot";
 

@@ -3,15 +3,24 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include <cerrno>
+#include <csignal>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+extern char** environ;
 
 #include <gtest/gtest.h>
 
@@ -25,8 +34,7 @@ ScratchDir::ScratchDir() {
 
 ScratchDir::~ScratchDir() {
     // Tests may leave read-only or odd entries behind; make them removable.
-    QProcess::execute(QStringLiteral("chmod"),
-                      {QStringLiteral("-R"), QStringLiteral("u+rwx"), path_});
+    run_program({QStringLiteral("chmod"), QStringLiteral("-R"), QStringLiteral("u+rwx"), path_});
     QDir(path_).removeRecursively();
 }
 
@@ -62,43 +70,101 @@ bool file_exists(QString const& path) {
     return QFileInfo::exists(path);
 }
 
-namespace {
+// The children are started with posix_spawn rather than QProcess: QProcess
+// starts them through a clone that returns a pidfd, which qemu's user-mode
+// emulation, where the tests of an arm64 build run, does not provide.
+ToolRun run_program(QStringList const& command, QString const& working_dir, bool merge_channels) {
+    ToolRun run;
+    std::vector<QByteArray> storage;
+    for (QString const& word : command)
+        storage.push_back(QFile::encodeName(word));
+    std::vector<char*> argv;
+    for (QByteArray& word : storage)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
 
-ToolRun finish(QProcess& process) {
-    ToolRun result;
-    if (!process.waitForFinished(120000)) {
-        ADD_FAILURE() << "the tool did not finish";
-        process.kill();
-        process.waitForFinished();
-        return result;
+    int out_pipe[2];
+    int err_pipe[2];
+    if (::pipe2(out_pipe, O_CLOEXEC) != 0)
+        return run;
+    if (::pipe2(err_pipe, O_CLOEXEC) != 0) {
+        ::close(out_pipe[0]);
+        ::close(out_pipe[1]);
+        return run;
     }
-    result.exit_code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    result.out = process.readAllStandardOutput();
-    result.err = process.readAllStandardError();
-    return result;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, out_pipe[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, merge_channels ? out_pipe[1] : err_pipe[1], 2);
+    QByteArray const dir = QFile::encodeName(working_dir);
+    if (!working_dir.isEmpty())
+        posix_spawn_file_actions_addchdir_np(&actions, dir.constData());
+    pid_t pid = 0;
+    bool const started = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(out_pipe[1]);
+    ::close(err_pipe[1]);
+
+    // Both pipes are drained together, so that a child that fills one while
+    // the other is read cannot stall.
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    pollfd fds[2] = {{out_pipe[0], POLLIN, 0}, {err_pipe[0], POLLIN, 0}};
+    QByteArray* sinks[2] = {&run.out, &run.err};
+    bool timed_out = false;
+    while (started && (fds[0].fd >= 0 || fds[1].fd >= 0)) {
+        auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            timed_out = true;
+            break;
+        }
+        if (::poll(fds, 2, static_cast<int>(left.count())) < 0 && errno != EINTR)
+            break;
+        for (int i = 0; i < 2; ++i) {
+            if (fds[i].fd < 0 || fds[i].revents == 0)
+                continue;
+            char buffer[65536];
+            ssize_t const got = ::read(fds[i].fd, buffer, sizeof buffer);
+            if (got > 0) {
+                sinks[i]->append(buffer, static_cast<int>(got));
+            } else if (got == 0 || errno != EINTR) {
+                ::close(fds[i].fd);
+                fds[i].fd = -1;
+            }
+        }
+    }
+    for (pollfd const& fd : fds)
+        if (fd.fd >= 0)
+            ::close(fd.fd);
+    if (!started)
+        return run;
+    if (timed_out) {
+        ADD_FAILURE() << command.join(QLatin1Char(' ')).toStdString() << " did not finish";
+        ::kill(pid, SIGKILL);
+    }
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!timed_out && WIFEXITED(status))
+        run.exit_code = WEXITSTATUS(status);
+    return run;
 }
 
-} // namespace
-
-ToolRun run_program(QString const& program, QStringList const& arguments,
-                    QString const& working_dir) {
-    QProcess process;
-    process.setWorkingDirectory(working_dir);
-    process.start(program, arguments);
-    return finish(process);
+QStringList command_of(QString const& program) {
+    QStringList command = QStringLiteral(TDM_EMULATOR).split(QLatin1Char(' '));
+    command.removeAll(QString());
+    command.append(program);
+    return command;
 }
 
 ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
                  QString const& shell_prefix) {
     if (shell_prefix.isEmpty())
-        return run_program(QStringLiteral(TDM_TOOL), arguments, working_dir);
-    QProcess process;
-    process.setWorkingDirectory(working_dir);
-    QStringList shell_arguments = {QStringLiteral("-c"),
-                                   shell_prefix + QStringLiteral("; exec \"$0\" \"$@\""),
-                                   QStringLiteral(TDM_TOOL)};
-    process.start(QStringLiteral("bash"), shell_arguments + arguments);
-    return finish(process);
+        return run_program(command_of(QStringLiteral(TDM_TOOL)) + arguments, working_dir);
+    // The snippet sees the command as "$0" "$@".
+    QStringList const shell = {QStringLiteral("bash"), QStringLiteral("-c"),
+                               shell_prefix + QStringLiteral("; exec \"$0\" \"$@\"")};
+    return run_program(shell + command_of(QStringLiteral(TDM_TOOL)) + arguments, working_dir);
 }
 
 QString XmlElement::attribute(QString const& name) const {
@@ -202,12 +268,10 @@ QString shared_dir() {
 }
 
 QString validate_set(QString const& dir, bool& valid) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(shared_dir() + QStringLiteral("/tools/validate-taskdata"), {dir});
-    process.waitForFinished(120000);
-    valid = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    return QString::fromUtf8(process.readAll());
+    ToolRun const run = run_program(
+        {shared_dir() + QStringLiteral("/tools/validate-taskdata"), dir}, QString(), true);
+    valid = run.exit_code == 0;
+    return QString::fromUtf8(run.out);
 }
 
 } // namespace test_support

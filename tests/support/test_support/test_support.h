@@ -33,14 +33,21 @@ QByteArray read_file(QString const& path);
 bool file_exists(QString const& path);
 
 struct ToolRun {
-    int exit_code = -1;
+    int exit_code = -1; // -1 where the program did not start or did not end by itself
     QByteArray out;
     QByteArray err;
 };
 
-// Runs `program` with `arguments` in `working_dir`.
-ToolRun run_program(QString const& program, QStringList const& arguments,
-                    QString const& working_dir);
+// Runs `command` (a program, found on PATH, and its arguments) in `working_dir`
+// to its end, or kills it after two minutes; with `merge_channels`, standard
+// error goes into `out` too.
+ToolRun run_program(QStringList const& command, QString const& working_dir = QString(),
+                    bool merge_channels = false);
+
+// The command that starts `program`, a program of this build: the program
+// itself, after the emulator that runs the programs of a build for another
+// processor.
+QStringList command_of(QString const& program);
 
 // Runs taskdata-migrate with `arguments` in `working_dir`; `shell_prefix`, if
 // given, is a shell snippet run first in the same shell (limits, traps).
