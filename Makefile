@@ -34,8 +34,28 @@ test-sanitize: deps
 	cmake --build $(SANITIZE_DIR) -j $(JOBS)
 	ctest --test-dir $(SANITIZE_DIR) --output-on-failure --no-tests=error -j $(JOBS)
 
+# The build for the display's processor (aarch64-linux-gnu) into build-arm64:
+# `make arm` installs the cross compiler, the arm64 libraries and qemu
+# (scripts/install-cross-deps.sh), then builds. `make test-arm` runs every
+# test of that build under qemu and compares the sets its tool writes with
+# those of the native build's tool; it installs nothing, and a missing package
+# stops it with a message that names the install script.
+ARM_DIR ?= build-arm64
+ARM_CONFIGURE = cmake -S . -B $(ARM_DIR) -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/aarch64-linux-gnu.cmake \
+	-DCMAKE_BUILD_TYPE=Release -DWARNINGS_AS_ERRORS=ON -DTDM_NATIVE_BUILD=$(abspath $(BUILD_DIR))
+.PHONY: arm test-arm
+arm:
+	scripts/install-cross-deps.sh
+	$(ARM_CONFIGURE)
+	cmake --build $(ARM_DIR) -j $(JOBS)
+
+test-arm: build
+	$(ARM_CONFIGURE)
+	cmake --build $(ARM_DIR) -j $(JOBS)
+	ctest --test-dir $(ARM_DIR) --output-on-failure --no-tests=error -j $(JOBS)
+
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) out
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(ARM_DIR) out
 
 # Benchmarks print their figures; they are never part of `make test`.
 .PHONY: bench
