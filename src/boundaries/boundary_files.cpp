@@ -2,6 +2,7 @@
 
 #include "boundaries/esri_shape_file.h"
 #include "coordinates/geodetic.h"
+#include "coordinates/numbers.h"
 #include "driver/data_tree.h"
 
 #include <QDir>
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -86,23 +86,12 @@ bool headland_at(EsriDbfRecord const& row, int column) {
     return true;
 }
 
-// Toward zero; beyond the range of int the nearest end, not a number 0.
-int truncated(double value) {
-    if (std::isnan(value))
-        return 0;
-    if (value <= static_cast<double>(std::numeric_limits<int>::min()))
-        return std::numeric_limits<int>::min();
-    if (value >= static_cast<double>(std::numeric_limits<int>::max()))
-        return std::numeric_limits<int>::max();
-    return static_cast<int>(value);
-}
-
 int treatment_at(EsriDbfRecord const& row, int column) {
     EsriDbfField const* field = field_at(row, column);
     if (auto const* integer = dynamic_cast<EsriDbfIntegerField const*>(field))
         return integer->GetValue();
     if (auto const* number = dynamic_cast<EsriDbfNumberField const*>(field))
-        return truncated(number->GetValue());
+        return truncatedToInt(number->GetValue());
     return 0;
 }
 

@@ -1,11 +1,11 @@
 #include "patterns/pivot_pattern.h"
 
 #include "coordinates/geodetic.h"
+#include "coordinates/numbers.h"
 #include "guidance/line_correction.h"
 #include "guidance/pivot_file.h"
 
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -19,17 +19,6 @@ float const largestFittedRadius = 10000.0f;
 // How far a drawn chord may stray from its circle, metres.
 float const chordSagitta = 0.1f;
 double const fullTurn = 6.283185307179586;
-
-// Toward zero, held to the range of int; not-a-number gives 0.
-int truncatedToInt(double value) {
-    if (std::isnan(value))
-        return 0;
-    if (value <= static_cast<double>(std::numeric_limits<int>::min()))
-        return std::numeric_limits<int>::min();
-    if (value >= static_cast<double>(std::numeric_limits<int>::max()))
-        return std::numeric_limits<int>::max();
-    return static_cast<int>(value);
-}
 
 } // namespace
 
