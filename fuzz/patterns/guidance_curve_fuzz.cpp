@@ -1,11 +1,11 @@
 // Any bytes as a recorded point stream: a distance, then points each with a control byte, added
 // to a guidance line with queries and parallel curves between them. A parallel curve never has
 // more points than its line has, plus the two end caps of the vertex procedure.
+#include "fuzz_support/fuzz_support.h"
 #include "patterns/guidance_curve.h"
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -21,20 +21,6 @@ enum : std::uint8_t {
     forceOffset = 1 << 5,
 };
 
-struct Reader {
-    std::uint8_t const* data;
-    std::size_t size;
-
-    bool has(std::size_t bytes) const { return size >= bytes; }
-    template <typename T> T take() {
-        T value;
-        std::memcpy(&value, data, sizeof value);
-        data += sizeof value;
-        size -= sizeof value;
-        return value;
-    }
-};
-
 void checkOffset(TGuidanceCurve const& line) {
     if (line.offsetPoints().size() > line.points().size() + 2)
         std::abort();
@@ -43,7 +29,7 @@ void checkOffset(TGuidanceCurve const& line) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    Reader input{data, size};
+    fuzz_support::ByteReader input{data, size};
     if (!input.has(sizeof(float)))
         return 0;
     float const distance = input.take<float>();

@@ -3,6 +3,7 @@
 // parallelPath, the rest, as subjects and clips in turn, through clipPaths. Results come from
 // the integer grid and so are finite, and the owners that clipPaths gives count up from 0 in
 // steps of one.
+#include "fuzz_support/fuzz_support.h"
 #include "polygons/path_clip.h"
 #include "polygons/path_offset.h"
 
@@ -11,7 +12,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 namespace {
@@ -65,20 +65,6 @@ double mostResultPoints(Path const& path, float extension, float distance, float
     return joinPoints + ringLength / longestResultStep + vertices;
 }
 
-struct Reader {
-    std::uint8_t const* data;
-    std::size_t size;
-
-    bool has(std::size_t bytes) const { return size >= bytes; }
-    template <typename T> T take() {
-        T value;
-        std::memcpy(&value, data, sizeof value);
-        data += sizeof value;
-        size -= sizeof value;
-        return value;
-    }
-};
-
 bool finite(PathList const& paths) {
     for (Path const& path : paths)
         for (LocalPoint point : path)
@@ -119,7 +105,7 @@ void checkClipPaths(PathList const& subjects, PathList const& clips, std::uint8_
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    Reader input{data, size};
+    fuzz_support::ByteReader input{data, size};
     if (!input.has(1 + 3 * sizeof(float)))
         return 0;
     std::uint8_t const settings = input.take<std::uint8_t>();

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace fuzz_support {
@@ -18,6 +19,21 @@ namespace fuzz_support {
 // The line that stands between the files of an input that makes several.
 // No file the display writes holds it.
 inline constexpr char file_separator[] = "\n--next-file--\n";
+
+// Takes values off the front of an input, each as its bytes lie in memory.
+struct ByteReader {
+    std::uint8_t const* data;
+    std::size_t size;
+
+    bool has(std::size_t bytes) const { return size >= bytes; }
+    template <typename T> T take() {
+        T value;
+        std::memcpy(&value, data, sizeof value);
+        data += sizeof value;
+        size -= sizeof value;
+        return value;
+    }
+};
 
 // The whole input as one file.
 QByteArray whole_file(std::uint8_t const* data, std::size_t size);
