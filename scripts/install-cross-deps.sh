@@ -6,6 +6,7 @@
 # of it is already there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/apt-helpers.sh
 
 # ClipperLib's source, the native tools (moc, rcc) and everything else the
 # native build needs come from there.
@@ -19,37 +20,6 @@ packages=(
   libshp-dev:arm64
   libproj-dev:arm64
 )
-
-# The same retry as install-deps.sh: the mirror answers now and then with a
-# transient error ("Mirror sync in progress").
-retry() {
-  local attempt wait=15
-  for attempt in 1 2 3 4 5; do
-    "$@" && return 0
-    [ "$attempt" -lt 5 ] || break
-    echo "install-cross-deps: '$*' failed (attempt $attempt of 5); trying again in ${wait} s" >&2
-    sleep "$wait"
-    wait=$((wait * 2))
-  done
-  echo "install-cross-deps: '$*' failed 5 times; giving up" >&2
-  return 1
-}
-
-install_packages() {
-  local missing=() p
-  for p in "${packages[@]}"; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q '^install ok installed$' || missing+=("$p")
-  done
-  [ ${#missing[@]} -eq 0 ] && return 0
-  if [ "$(id -u)" -ne 0 ]; then
-    echo "install-cross-deps: missing packages: ${missing[*]}; run this script as root" >&2
-    exit 1
-  fi
-  export DEBIAN_FRONTEND=noninteractive
-  dpkg --print-foreign-architectures | grep -qx arm64 || dpkg --add-architecture arm64
-  retry apt-get update -qq
-  retry apt-get install -y -qq --no-install-recommends "${missing[@]}"
-}
 
 # The benchmarks compare with GEOS. Its development package cannot be
 # installed for two architectures at once (the native one would go), so the
@@ -76,5 +46,8 @@ unpack_geos() {
   echo "install-cross-deps: GEOS for arm64 in $geos_root"
 }
 
-install_packages
+# The arm64 packages need the architecture before the lists are read.
+[ "$(id -u)" -ne 0 ] || dpkg --print-foreign-architectures | grep -qx arm64 ||
+  dpkg --add-architecture arm64
+install_missing "${packages[@]}"
 unpack_geos

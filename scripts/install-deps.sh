@@ -3,6 +3,7 @@
 # Debian 12, and fetches the source of ClipperLib that the polygon toolkit
 # builds. Does nothing when all of it is already there.
 set -euo pipefail
+. "$(dirname "$0")/apt-helpers.sh"
 
 packages=(
   build-essential cmake pkg-config
@@ -17,37 +18,6 @@ packages=(
   dpkg-dev
   chromium # renders the preview page in its test and for the README's screenshot
 )
-
-# The mirror answers now and then with a transient error ("Mirror sync in
-# progress"); a command that still fails after the last attempt ends the
-# script with its own error.
-retry() {
-  local attempt wait=15
-  for attempt in 1 2 3 4 5; do
-    "$@" && return 0
-    [ "$attempt" -lt 5 ] || break
-    echo "install-deps: '$*' failed (attempt $attempt of 5); trying again in ${wait} s" >&2
-    sleep "$wait"
-    wait=$((wait * 2))
-  done
-  echo "install-deps: '$*' failed 5 times; giving up" >&2
-  return 1
-}
-
-install_packages() {
-  local missing=() p
-  for p in "${packages[@]}"; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q '^install ok installed$' || missing+=("$p")
-  done
-  [ ${#missing[@]} -eq 0 ] && return 0
-  if [ "$(id -u)" -ne 0 ]; then
-    echo "install-deps: missing packages: ${missing[*]}; run this script as root" >&2
-    exit 1
-  fi
-  export DEBIAN_FRONTEND=noninteractive
-  retry apt-get update -qq
-  retry apt-get install -y -qq --no-install-recommends "${missing[@]}"
-}
 
 # ClipperLib 6.4.2 is built by CMake with its Z member on (use_xyz), which
 # changes the layout of its points, so Debian's binary package cannot serve.
@@ -95,5 +65,5 @@ fetch_clipper_source() {
   echo "install-deps: ClipperLib $clipper_version source in $clipper_dir"
 }
 
-install_packages
+install_missing "${packages[@]}"
 fetch_clipper_source
