@@ -53,15 +53,9 @@ int main() {
                 GEOSGeometry* source = bench_support::lineString(geos, lines[s].points());
                 GEOSGeometry* theirs = nullptr;
                 // GEOS puts positive distances on the left; ours lie on the right.
-                double const geosSeconds = bench_support::medianSeconds(
-                    [&] {
-                        GEOSGeom_destroy_r(geos, theirs);
-                        theirs = nullptr;
-                    },
-                    [&] {
-                        theirs =
-                            GEOSOffsetCurve_r(geos, source, -distance, 8, GEOSBUF_JOIN_MITRE, 5.0);
-                    });
+                double const geosSeconds = bench_support::medianGeosSeconds(geos, theirs, [&] {
+                    return GEOSOffsetCurve_r(geos, source, -distance, 8, GEOSBUF_JOIN_MITRE, 5.0);
+                });
                 GEOSGeometry* ours = bench_support::lineString(geos, work.offsetPoints());
                 std::printf("%-18s %8d %5.0f m %12.2f %10.2f %10.2f %13.3f   (%.2f x GEOS)\n",
                             procedure.name, lines[s].count(), distance,

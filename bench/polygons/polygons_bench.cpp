@@ -135,15 +135,10 @@ void benchParallelPath(GEOSContextHandle_t geos) {
             GEOSGeometry* source = bench_support::lineString(geos, lines[s]);
             GEOSGeometry* theirs = nullptr;
             // Both put a positive distance on the left (y up).
-            double const geosSeconds = bench_support::medianSeconds(
-                [&] {
-                    GEOSGeom_destroy_r(geos, theirs);
-                    theirs = nullptr;
-                },
-                [&] {
-                    theirs = GEOSOffsetCurve_r(geos, source, distance, quarterSegments(distance),
-                                               GEOSBUF_JOIN_ROUND, 5.0);
-                });
+            double const geosSeconds = bench_support::medianGeosSeconds(geos, theirs, [&] {
+                return GEOSOffsetCurve_r(geos, source, distance, quarterSegments(distance),
+                                         GEOSBUF_JOIN_ROUND, 5.0);
+            });
             GEOSGeometry* oursGeos = multiLine(geos, ours);
             int const size = static_cast<int>(lines[s].size());
             std::printf("%-18s %8d %5.0f m %12.2f %10.2f %10.2f %13.3f   (%.2f x GEOS)\n",
@@ -172,16 +167,10 @@ void benchOffsetAllAndUnite(GEOSContextHandle_t geos) {
                 [] {}, [&] { ours = offsetAllAndUnite(fields[s], distance, arcStep); });
             GEOSGeometry* source = region(geos, fields[s]);
             GEOSGeometry* theirs = nullptr;
-            double const geosSeconds = bench_support::medianSeconds(
-                [&] {
-                    GEOSGeom_destroy_r(geos, theirs);
-                    theirs = nullptr;
-                },
-                [&] {
-                    theirs =
-                        GEOSBufferWithStyle_r(geos, source, -distance, quarterSegments(distance),
-                                              GEOSBUF_CAP_ROUND, GEOSBUF_JOIN_ROUND, 5.0);
-                });
+            double const geosSeconds = bench_support::medianGeosSeconds(geos, theirs, [&] {
+                return GEOSBufferWithStyle_r(geos, source, -distance, quarterSegments(distance),
+                                             GEOSBUF_CAP_ROUND, GEOSBUF_JOIN_ROUND, 5.0);
+            });
             GEOSGeometry* oursGeos = region(geos, ours);
             GEOSGeometry* difference = GEOSSymDifference_r(geos, oursGeos, theirs);
             int const size = pointCount(fields[s]);

@@ -46,21 +46,11 @@ ToolRun run(char const* program, QStringList const& arguments) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
-    QStringList const args = app.arguments().mid(1);
-    int runs = 3;
-    std::uint32_t seed = 1;
-    QList<double> scales{0.25, 1.0};
-    for (int i = 0; i + 1 < args.size(); i += 2) {
-        if (args[i] == QLatin1String("--runs"))
-            runs = std::max(1, args[i + 1].toInt());
-        else if (args[i] == QLatin1String("--seed"))
-            seed = args[i + 1].toUInt();
-        else if (args[i] == QLatin1String("--scales")) {
-            scales.clear();
-            for (QString const& scale : args[i + 1].split(QLatin1Char(',')))
-                scales << scale.toDouble();
-        }
-    }
+    bench_support::TreeBenchOptions const options =
+        bench_support::tree_bench_options(app.arguments().mid(1), {0.25, 1.0});
+    int const runs = options.runs;
+    std::uint32_t const seed = options.seed;
+    QList<double> const scales = options.scales;
 
     std::printf("%s; median of %d runs of taskdata-preview\n",
                 bench_support::machine_line().c_str(), runs);

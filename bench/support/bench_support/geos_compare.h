@@ -2,6 +2,8 @@
 // GEOS (C API) geometries of our points, and the distances by which benchmarks compare our
 // results with GEOS's. Only benchmarks use GEOS.
 
+#include "bench_support/timing.h"
+
 #include <geos_c.h>
 
 #include <algorithm>
@@ -48,6 +50,19 @@ inline double farthestVertex(GEOSContextHandle_t geos, GEOSGeometry const* from,
 // The discrete Hausdorff distance of two lines, as GEOS's own but with indexed distances.
 inline double hausdorff(GEOSContextHandle_t geos, GEOSGeometry const* a, GEOSGeometry const* b) {
     return std::max(farthestVertex(geos, a, b), farthestVertex(geos, b, a));
+}
+
+// The median time of `make`, a GEOS operation that returns a new geometry; the result of the last
+// run is left in `result`, the others are destroyed between the runs.
+template <typename Make>
+double medianGeosSeconds(GEOSContextHandle_t geos, GEOSGeometry*& result, Make make) {
+    result = nullptr;
+    return medianSeconds(
+        [&] {
+            GEOSGeom_destroy_r(geos, result);
+            result = nullptr;
+        },
+        [&] { result = make(); });
 }
 
 } // namespace bench_support

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -12,7 +13,9 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <vector>
 
 extern char** environ;
@@ -52,6 +55,30 @@ inline ToolRun run_tool(QString const& program, QStringList const& arguments) {
     run.peak_rss_kib = usage.ru_maxrss;
     run.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return run;
+}
+
+// The options of the benchmarks on generated trees: --runs N, --seed N and --scales a,b,c.
+struct TreeBenchOptions {
+    int runs = 3;
+    std::uint32_t seed = 1;
+    QList<double> scales;
+};
+
+inline TreeBenchOptions tree_bench_options(QStringList const& args, QList<double> scales) {
+    TreeBenchOptions options;
+    options.scales = scales;
+    for (int i = 0; i + 1 < args.size(); i += 2) {
+        if (args[i] == QLatin1String("--runs"))
+            options.runs = std::max(1, args[i + 1].toInt());
+        else if (args[i] == QLatin1String("--seed"))
+            options.seed = args[i + 1].toUInt();
+        else if (args[i] == QLatin1String("--scales")) {
+            options.scales.clear();
+            for (QString const& scale : args[i + 1].split(QLatin1Char(',')))
+                options.scales << scale.toDouble();
+        }
+    }
+    return options;
 }
 
 // How often `text` stands in the file at `path`, read in blocks; -1 when the
