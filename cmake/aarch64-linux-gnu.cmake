@@ -6,7 +6,6 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 
-set(tdm_cross_root /usr/aarch64-linux-gnu)
 set(tdm_arm64_libs /usr/lib/aarch64-linux-gnu)
 # GEOS, for the benchmarks, is unpacked into the cache rather than installed.
 if(DEFINED ENV{XDG_CACHE_HOME})
@@ -37,13 +36,9 @@ endforeach()
 set(CMAKE_C_COMPILER /usr/bin/aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER /usr/bin/aarch64-linux-gnu-g++)
 
-# Libraries and headers of the target only; programs (moc, rcc, pkg-config) of
-# the build machine.
-set(CMAKE_FIND_ROOT_PATH ${tdm_cross_root})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
+# The arm64 libraries and their CMake packages lie in the machine's own
+# prefixes, below the library architecture; the programs of the build (moc,
+# rcc, pkg-config) are the machine's own.
 list(APPEND CMAKE_PREFIX_PATH ${tdm_geos_root})
 set(ENV{PKG_CONFIG_LIBDIR} "${tdm_arm64_libs}/pkgconfig:/usr/share/pkgconfig")
 set(ENV{PKG_CONFIG_PATH} "")
