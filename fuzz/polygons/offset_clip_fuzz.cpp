@@ -60,8 +60,10 @@ double mostResultPoints(Path const& path, float extension, float distance, float
                             ? static_cast<double>(arc_step)
                             : smallestArcStep;
     double const joinPoints = offset * pi / step * vertices;
-    double const ringLength = 2.0 * (length + 2.0 * std::fabs(static_cast<double>(extension))) +
-                              vertices * offset * (2.0 + pi);
+    // Only an extension that moves the ends counts, as in parallelPath: not a number does not.
+    double const reach =
+        static_cast<double>(extension) > 0.1 ? static_cast<double>(extension) : 0.0;
+    double const ringLength = 2.0 * (length + 2.0 * reach) + vertices * offset * (2.0 + pi);
     return joinPoints + ringLength / longestResultStep + vertices;
 }
 
@@ -74,7 +76,8 @@ bool finite(PathList const& paths) {
 }
 
 void checkParallelPath(Path const& path, float extension, float distance, float arc_step) {
-    if (mostResultPoints(path, extension, distance, arc_step) > mostPointsPerInput)
+    // A bound that is not a number passes over the input too.
+    if (!(mostResultPoints(path, extension, distance, arc_step) <= mostPointsPerInput))
         return;
     try {
         PathList const lines = parallelPath(path, extension, distance, arc_step);
