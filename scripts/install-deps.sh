@@ -16,6 +16,7 @@ packages=(
   clang libclang-rt-14-dev
   libgeos-dev
   dpkg-dev
+  gcovr # line and branch coverage of src/ (make coverage)
   chromium # renders the preview page in its test and for the README's screenshot
 )
 
