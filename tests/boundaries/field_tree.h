@@ -1,66 +1,31 @@
 #pragma once
-// One field in a display tree built in a scratch directory
-// (data/Clients/Client/Farm/Field), the tool run on it, and what it wrote for
-// the field read back.
+// One field in a display tree (data/Clients/Client/Farm/Field), the tool run
+// on it, and what it wrote for the field read back.
 #include "shape_writer.h"
 #include "test_support/test_support.h"
 
 #include <QStringList>
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 using Lines = std::vector<std::string>;
 
-class FieldTree : public ::testing::Test {
+class FieldTree : public test_support::DisplayTree {
 protected:
-    // A path below the directory of a field of the one farm.
-    QString field(QString const& relative, QString const& name = QStringLiteral("Field")) const {
-        return scratch.file(QStringLiteral("data/Clients/Client/Farm/%1/%2").arg(name, relative));
-    }
+    using DisplayTree::saved;
 
-    test_support::ToolRun run(QStringList const& options = {}) const {
-        test_support::ToolRun result =
-            test_support::run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
-        EXPECT_EQ(result.exit_code, 0) << result.err.constData();
-        return result;
-    }
-
-    // The last saved field of that name.
-    test_support::XmlElement saved_field(QString const& name = QStringLiteral("Field")) const {
-        test_support::XmlElement found;
-        for (test_support::XmlElement const& field :
-             test_support::read_xml(scratch.file(QStringLiteral("out/TASKDATA.XML")))
-                 .all(QStringLiteral("PFD")))
-            if (field.attribute(QStringLiteral("C")) == name)
-                found = field;
-        EXPECT_EQ(found.tag, QStringLiteral("PFD")) << "no field " << name.toStdString();
-        return found;
-    }
-
-    // The direct children with that tag of the saved field of that name.
+    // The direct children with that tag of the last saved field of that name.
     QList<test_support::XmlElement> saved(QString const& tag,
                                           QString const& name = QStringLiteral("Field")) const {
+        QList<test_support::XmlElement> const fields = saved("PFD", "C", name);
+        EXPECT_FALSE(fields.isEmpty()) << "no field " << name.toStdString();
         QList<test_support::XmlElement> found;
-        for (test_support::XmlElement const& child : saved_field(name).children)
+        for (test_support::XmlElement const& child : fields.value(fields.size() - 1).children)
             if (child.tag == tag)
                 found << child;
         return found;
     }
-
-    // The set the tool wrote, checked against the schemas.
-    void expect_valid_set() const {
-        if (test_support::shared_dir().isEmpty())
-            return;
-        bool valid = false;
-        QString const output =
-            test_support::validate_set(scratch.file(QStringLiteral("out")), valid);
-        EXPECT_TRUE(valid) << output.toStdString();
-    }
-
-    test_support::ScratchDir scratch;
 };
 
 // "<tag> name=value ..." in the order given, for readable comparisons.

@@ -15,25 +15,16 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class FlagPoints : public ::testing::Test {
+class FlagPoints : public DisplayTree {
 protected:
     void write_flags(QString const& field, QByteArray const& text) const {
-        write_file(scratch.file(QStringLiteral("data/Clients/C/F/%1/flagpoints.ini").arg(field)),
-                   text);
-    }
-
-    ToolRun run(QStringList const& options = {}) const {
-        ToolRun const result = run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
-        EXPECT_EQ(result.exit_code, 0) << result.err.constData();
-        EXPECT_TRUE(result.err.isEmpty()) << result.err.constData();
-        return result;
+        write(QStringLiteral("Clients/C/F/%1/flagpoints.ini").arg(field), text);
     }
 
     // The points of each saved field, "field: A B C D F icon" per point.
     Lines saved_points() const {
         Lines lines;
-        for (XmlElement const& field :
-             read_xml(scratch.file(QStringLiteral("out/TASKDATA.XML"))).all(QStringLiteral("PFD")))
+        for (XmlElement const& field : saved().all(QStringLiteral("PFD")))
             for (XmlElement const& point : field.all(QStringLiteral("PNT"))) {
                 QStringList line = {field.attribute(QStringLiteral("C")) + QLatin1Char(':')};
                 for (char const* name : {"A", "B", "C", "D", "F", "P231_iconId"})
@@ -43,8 +34,6 @@ protected:
             }
         return lines;
     }
-
-    ScratchDir scratch;
 };
 
 } // namespace
@@ -57,7 +46,7 @@ TEST_F(FlagPoints, TheCountDecidesHowManyRecordsAreRead) {
     // A count that isn't a number, or is negative, reads no flag.
     write_flags("Text", "7\nmany\n52.5\n9.25\n4\nWell\n");
     write_flags("Negative", "7\n-1\n52.5\n9.25\n4\nWell\n");
-    run();
+    EXPECT_TRUE(run().err.isEmpty());
 
     EXPECT_EQ(saved_points(),
               Lines({"Long: 1 Well 52.5 9.25 2 4", "Long: 1 Gate 52.6 9.26 2 5",
@@ -82,7 +71,7 @@ TEST_F(FlagPoints, IconsAreClampedAndTheLowOnesLeftOutNamesCut) {
                           "5\n6\n7\ntwin\n"
                           "5\n6\n3\ntwin\n")
                              .toUtf8());
-    run();
+    EXPECT_TRUE(run().err.isEmpty());
 
     Lines const expected = {"Field: 1 low 1 1 2 -",
                             "Field: 1 two 1 1 2 -",

@@ -46,37 +46,18 @@ inline QByteArray crv_file(GeoPoint reference, std::vector<Record> const& record
     return bytes;
 }
 
-class GuidanceTree : public ::testing::Test {
+class GuidanceTree : public test_support::DisplayTree {
 protected:
     // A file below the one field of the tree, e.g. "ABLines/L/L.ini".
-    void write(QString const& relative, QByteArray const& content) const {
-        test_support::write_file(scratch.file("data/Clients/Client/Farm/Field/" + relative),
-                                 content);
+    void write_field(QString const& relative, QByteArray const& content) const {
+        test_support::write_file(field(relative), content);
     }
 
+    // The tool on the tree; its runs warn of nothing.
     test_support::ToolRun run(QStringList const& options = {}) const {
-        test_support::ToolRun result =
-            test_support::run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
-        EXPECT_EQ(result.exit_code, 0) << result.err.constData();
+        test_support::ToolRun result = DisplayTree::run(options);
         EXPECT_TRUE(result.err.isEmpty()) << result.err.constData();
         return result;
-    }
-
-    // The set of the last run becomes the one the next run loads.
-    void load_saved() const {
-        for (char const* name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"}) {
-            QString const target = scratch.file(QStringLiteral("data/taskdata/") + name);
-            QFile::remove(target);
-            test_support::write_file(target, saved_file(name));
-        }
-    }
-
-    QByteArray saved_file(char const* name) const {
-        return test_support::read_file(scratch.file(QStringLiteral("out/") + name));
-    }
-
-    test_support::XmlElement saved() const {
-        return test_support::read_xml(scratch.file("out/TASKDATA.XML"));
     }
 
     // Every saved pattern as one line: its ID, designator, type, radius,
@@ -115,15 +96,10 @@ protected:
 
     // The one saved pattern of that designator (a failure unless one).
     test_support::XmlElement pattern(QString const& name) const {
-        QList<test_support::XmlElement> found;
-        for (test_support::XmlElement const& candidate : saved().all("GPN"))
-            if (candidate.attribute("B") == name)
-                found << candidate;
+        QList<test_support::XmlElement> const found = saved("GPN", "B", name);
         EXPECT_EQ(found.size(), 1) << "patterns named " << name.toStdString();
         return found.value(0);
     }
-
-    test_support::ScratchDir scratch;
 };
 
 } // namespace guidance_tree

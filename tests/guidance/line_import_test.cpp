@@ -46,19 +46,19 @@ QMap<QString, int> point_counts(XmlElement const& set) {
 } // namespace
 
 TEST_F(GuidanceTree, EveryLineKindWithAndWithoutABaseStation) {
-    write("ABLines/With/With.ini", ab_line(correction(5, station_text)));
-    write("ABLines/without/without.ini",
+    write_field("ABLines/With/With.ini", ab_line(correction(5, station_text)));
+    write_field("ABLines/without/without.ini",
           "State=2\n[APoint]\nLatitude=52.1\nLongitude=abc\n[BPoint]\nLatitude=52.2\n");
     // The form in which the display's settings class writes bytes; the same
     // text, so the same station.
-    write("Curves/With/With.ini",
+    write_field("Curves/With/With.ini",
           "CorrectionSource=5\n[BasePoint]\nPosition=\"@ByteArray(" + station_text + ")\"\n");
-    write("Curves/With/With.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
-    write("Curves/Other/Other.ini", correction(24, station_text));
-    write("Curves/Other/Other.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}}));
-    write("Pivots/With/With.ini", "InnerRadius=12.3456\n" + correction(23, station_text.toLower()) +
+    write_field("Curves/With/With.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
+    write_field("Curves/Other/Other.ini", correction(24, station_text));
+    write_field("Curves/Other/Other.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}}));
+    write_field("Pivots/With/With.ini", "InnerRadius=12.3456\n" + correction(23, station_text.toLower()) +
                                       "[Reference]\nLat=52\nLon=13\n");
-    write("Pivots/Without/Without.ini",
+    write_field("Pivots/Without/Without.ini",
           "InnerRadius=-5\n" + correction(0, station_text) + "[Reference]\nLat=52\nLon=13\n");
     run();
 
@@ -83,8 +83,8 @@ TEST_F(GuidanceTree, EveryLineKindWithAndWithoutABaseStation) {
 
 TEST_F(GuidanceTree, CurvePointsAreMetresEastAndSouthOfTheReference) {
     GeoPoint const reference{52.5, 13.25, 300.0};
-    write("Curves/C/C.ini", "State=0\n");
-    write("Curves/C/C.crv", crv_file(reference, {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}}));
+    write_field("Curves/C/C.ini", "State=0\n");
+    write_field("Curves/C/C.crv", crv_file(reference, {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}}));
     run();
 
     XmlElement const curve = pattern("C");
@@ -110,8 +110,8 @@ TEST_F(GuidanceTree, CurvePointsAreMetresEastAndSouthOfTheReference) {
 TEST_F(GuidanceTree, CurvesTakeTheFirstSegmentAndSkipFilesWithoutPoints) {
     GeoPoint const reference{52.5, 13.25, 0.0};
     auto curve = [this, reference](QString const& name, QByteArray const& crv) {
-        write(QStringLiteral("Curves/%1/%1.ini").arg(name), "");
-        write(QStringLiteral("Curves/%1/%1.crv").arg(name), crv);
+        write_field(QStringLiteral("Curves/%1/%1.ini").arg(name), "");
+        write_field(QStringLiteral("Curves/%1/%1.crv").arg(name), crv);
     };
     curve("Start", crv_file(reference, {separator, {0, 0}, {10, 0}}));
     curve("Middle", crv_file(reference, {{0, 0}, {10, 0}, separator, {20, 0}, {30, 0}, {40, 0}}));
@@ -120,9 +120,9 @@ TEST_F(GuidanceTree, CurvesTakeTheFirstSegmentAndSkipFilesWithoutPoints) {
     curve("Empty", QByteArray());
     curve("Short", crv_file(reference, {}).left(20));
     curve("Separators", crv_file(reference, {separator, separator}));
-    write("Curves/NoIni/NoIni.crv", crv_file(reference, {{0, 0}}));
-    write("Curves/NoCrv/NoCrv.ini", "");
-    write("ABLines/L/L.ini", ab_line(""));
+    write_field("Curves/NoIni/NoIni.crv", crv_file(reference, {{0, 0}}));
+    write_field("Curves/NoCrv/NoCrv.ini", "");
+    write_field("ABLines/L/L.ini", ab_line(""));
     run();
 
     QMap<QString, int> const expected = {
@@ -132,7 +132,7 @@ TEST_F(GuidanceTree, CurvesTakeTheFirstSegmentAndSkipFilesWithoutPoints) {
 
 TEST_F(GuidanceTree, PivotsTakeTheirReferenceInEitherForm) {
     auto pivot = [this](QString const& name, QByteArray const& ini) {
-        write(QStringLiteral("Pivots/%1/%1.ini").arg(name), ini);
+        write_field(QStringLiteral("Pivots/%1/%1.ini").arg(name), ini);
     };
     pivot("Both", "[Reference]\nLat=52\nLon=13\nEast=672509.385\nNorth=15872043.896\nZone=30\n");
     pivot("Grid", "InnerRadius=250.5\n[Reference]\nEast=672509.385\nNorth=15872043.896\nZone=30\n");
@@ -140,7 +140,7 @@ TEST_F(GuidanceTree, PivotsTakeTheirReferenceInEitherForm) {
     pivot("Zone0", "[Reference]\nEast=672509.385\nNorth=15872043.896\nZone=0\n");
     pivot("NoZone", "[Reference]\nEast=672509.385\nNorth=15872043.896\n");
     pivot("NoReference", "[Center]\nX=1\nY=1\n");
-    write("Pivots/NoFile/readme.txt", "x");
+    write_field("Pivots/NoFile/readme.txt", "x");
     pivot("South", "[Reference]\nLat=52\nLon=13\n[Center]\nY=100\n");
     // The offset is single precision: 16777217 is 16777216.
     pivot("Wide1", "[Reference]\nLat=0\nLon=0\n[Center]\nX=16777217\n");
@@ -166,17 +166,17 @@ TEST_F(GuidanceTree, PivotsTakeTheirReferenceInEitherForm) {
 }
 
 TEST_F(GuidanceTree, AbLinesNeedStateTwoAndAreKnownByTypeAndExactName) {
-    write("ABLines/b/b.ini", ab_line(""));
-    write("ABLines/A/A.ini", ab_line(""));
-    write("ABLines/Case/Case.ini", ab_line(""));
-    write("ABLines/case/case.ini", ab_line(""));
-    write("ABLines/Draft/Draft.ini", "State=1\n[APoint]\nLatitude=1\n");
-    write("ABLines/NoState/NoState.ini", "[APoint]\nLatitude=1\n");
-    write("ABLines/Renamed/Other.ini", ab_line(""));
-    write("ABLines/file.ini", ab_line(""));
+    write_field("ABLines/b/b.ini", ab_line(""));
+    write_field("ABLines/A/A.ini", ab_line(""));
+    write_field("ABLines/Case/Case.ini", ab_line(""));
+    write_field("ABLines/case/case.ini", ab_line(""));
+    write_field("ABLines/Draft/Draft.ini", "State=1\n[APoint]\nLatitude=1\n");
+    write_field("ABLines/NoState/NoState.ini", "[APoint]\nLatitude=1\n");
+    write_field("ABLines/Renamed/Other.ini", ab_line(""));
+    write_field("ABLines/file.ini", ab_line(""));
     // A curve of an AB line's name is a pattern of its own.
-    write("Curves/b/b.ini", "");
-    write("Curves/b/b.crv", crv_file({1, 1, 0}, {{0, 0}}));
+    write_field("Curves/b/b.ini", "");
+    write_field("Curves/b/b.crv", crv_file({1, 1, 0}, {{0, 0}}));
     run();
 
     QStringList groups;
@@ -195,11 +195,11 @@ TEST_F(GuidanceTree, AbLinesNeedStateTwoAndAreKnownByTypeAndExactName) {
 }
 
 TEST_F(GuidanceTree, ASecondRunRebuildsTheSamePatternsAndLinksTheNewStations) {
-    write("ABLines/L/L.ini", ab_line(correction(5, station_text)));
-    write("ABLines/L/Tramline/Tramline.ini", "[Tramline]\nSpacing=24\n");
-    write("Curves/C/C.ini", correction(5, station_text));
-    write("Curves/C/C.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
-    write("Pivots/P/P.ini",
+    write_field("ABLines/L/L.ini", ab_line(correction(5, station_text)));
+    write_field("ABLines/L/Tramline/Tramline.ini", "[Tramline]\nSpacing=24\n");
+    write_field("Curves/C/C.ini", correction(5, station_text));
+    write_field("Curves/C/C.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
+    write_field("Pivots/P/P.ini",
           correction(7, "{W84,N1D0M0S,E1D0M0S,0}") + "[Reference]\nLat=52\nLon=13\n");
     run();
     Lines const first = patterns();
@@ -223,12 +223,11 @@ TEST_F(GuidanceTree, ASecondRunRebuildsTheSamePatternsAndLinksTheNewStations) {
                    .toStdString();
     }
     EXPECT_EQ(second, first);
-    EXPECT_EQ(saved_file("TASKDATA.XML").count("P231_spacing"), 1);
+    EXPECT_EQ(test_support::read_file(scratch.file("out/TASKDATA.XML")).count("P231_spacing"), 1);
 }
 
 TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
-    test_support::write_file(
-        scratch.file("data/taskdata/TASKDATA.XML"),
+    write("taskdata/TASKDATA.XML",
         "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Client\"/>"
         "<FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/><PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">"
         "<GGP A=\"GGP7\" B=\"Shared\">"
@@ -239,10 +238,10 @@ TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
         "<GGP A=\"GGP8\" B=\"Kept\"><GPN A=\"GPN5\" B=\"Kept\" C=\"1\">"
         "<LSG A=\"5\"><PNT A=\"6\" C=\"3\" D=\"3\"/></LSG></GPN></GGP>"
         "</PFD></ISO11783_TaskData>");
-    write("ABLines/Line/Line.ini", ab_line(""));
-    write("ABLines/Line/Tramline/Tramline.ini",
+    write_field("ABLines/Line/Line.ini", ab_line(""));
+    write_field("ABLines/Line/Tramline/Tramline.ini",
           "[Tramline]\nSpacing=3.00\nTrackWidth=abc\n[Curve]\nImplicitOffset=0.25\n");
-    write("ABLines/Kept/Kept.ini", "State=1\n");
+    write_field("ABLines/Kept/Kept.ini", "State=1\n");
     run({"-m"});
 
     EXPECT_EQ(patterns(), Lines({"GPN3 Line type 3 station  correction  | LSG 5: 6 1 1",

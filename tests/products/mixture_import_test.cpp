@@ -23,16 +23,16 @@ protected:
     }
 
     void add_product(QString const& name, QString const& ini) const {
-        add(QStringLiteral("Products"), name, ini.toUtf8());
+        ProductTree::add_product(name, ini.toUtf8());
     }
     void add_mixture(QString const& name, QString const& ini) const {
-        add(QStringLiteral("ProductMixtures"), name, ini.toUtf8());
+        ProductTree::add_mixture(name, ini.toUtf8());
     }
 
     // The ingredients of a saved mixture as "<designator> <quantity>".
     QStringList ingredients(QString const& mixture) const {
         QHash<QString, QString> names;
-        for (XmlElement const& product : read_xml(scratch.file("out/TASKDATA.XML")).all("PDT"))
+        for (XmlElement const& product : saved().all("PDT"))
             names.insert(product.attribute("A"), product.attribute("B"));
         QStringList found;
         for (XmlElement const& relation : product(mixture).all(QStringLiteral("PRN")))
@@ -50,7 +50,6 @@ TEST_F(MixtureImport, GoodEntriesBecomeRelationsAndBadOnesWarn) {
                                 alpha +
                                 ":3000000\nRatePreset1=200\nRatePreset2=250\nRateInc=12.5\n");
     ToolRun const result = run();
-    ASSERT_EQ(result.exit_code, 0);
     QByteArray const path = "\"data/ProductMixtures/Tank Mix/Tank Mix.ini\"\n";
     EXPECT_EQ(result.err, "W: bad product/rate pair in " + path + "W: bad product/rate pair in " +
                               path + "W: bad product uuid in " + path + "W: bad product uuid in " +
@@ -77,7 +76,6 @@ TEST_F(MixtureImport, EarlierMixturesAreIngredientsButLaterOnesAndItselfAreNot) 
     add_mixture("Early", "UID=" + early + "\nProductRates=" + alpha + ":1, " + late + ":2\n");
     add_mixture("Late", "UID=" + late + "\nProductRates=" + early + ":3, " + late + ":4\n");
     ToolRun const result = run();
-    ASSERT_EQ(result.exit_code, 0);
     EXPECT_EQ(QString::fromUtf8(result.err),
               "W: could not find referenced product \"" + late + "\" in mixture \"Early\"\n" +
                   "W: could not find referenced product \"" + late + "\" in mixture \"Late\"\n");
@@ -88,9 +86,8 @@ TEST_F(MixtureImport, EarlierMixturesAreIngredientsButLaterOnesAndItselfAreNot) 
 TEST_F(MixtureImport, KeysAreReadOutsideAnySectionAndTheIniIsRequired) {
     add_mixture("Single", "ProductRates=" + fixed + ":7\n");
     add_mixture("Sectioned", "[Default]\nUID=" + unknown + "\nProductRates=" + alpha + ":1\n");
-    make_dirs(data() + "/ProductMixtures/Forgotten");
+    make_dirs(data("ProductMixtures/Forgotten"));
     ToolRun const result = run({"-p"});
-    ASSERT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.err, "W: skipping empty product mixture directory \"Forgotten\"\n");
     // Four products and three mixtures counted, one mixture never done.
     EXPECT_TRUE(result.out.endsWith("P: 85%\n\n")) << result.out.constData();

@@ -274,4 +274,65 @@ QString validate_set(QString const& dir, bool& valid) {
     return QString::fromUtf8(run.out);
 }
 
+QString DisplayTree::data(QString const& relative) const {
+    return scratch.file(QStringLiteral("data/") + relative);
+}
+
+QString DisplayTree::field(QString const& relative, QString const& name) const {
+    return data(QStringLiteral("Clients/Client/Farm/%1/%2").arg(name, relative));
+}
+
+void DisplayTree::write(QString const& relative, QByteArray const& content) const {
+    write_file(data(relative), content);
+}
+
+void DisplayTree::load(QByteArray const& elements) const {
+    write(QStringLiteral("taskdata/TASKDATA.XML"),
+          "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" + elements +
+              "</ISO11783_TaskData>");
+}
+
+void DisplayTree::load_saved() const {
+    for (char const* name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
+        write(QStringLiteral("taskdata/") + name,
+              read_file(scratch.file(QStringLiteral("out/") + name)));
+}
+
+ToolRun DisplayTree::run(QStringList const& options) const {
+    ToolRun result = run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
+    EXPECT_EQ(result.exit_code, 0) << result.err.constData();
+    return result;
+}
+
+XmlElement DisplayTree::saved() const {
+    return read_xml(scratch.file(QStringLiteral("out/TASKDATA.XML")));
+}
+
+QList<XmlElement> DisplayTree::saved(QString const& tag, QString const& attribute,
+                                     QString const& value) const {
+    QList<XmlElement> found;
+    for (XmlElement const& element : saved().all(tag))
+        if (element.attribute(attribute) == value)
+            found << element;
+    return found;
+}
+
+QHash<QString, QUuid> DisplayTree::identities() const {
+    QHash<QString, QUuid> result;
+    QString const path = scratch.file(QStringLiteral("out/LINKLIST.XML"));
+    if (!read_file(path).isEmpty())
+        for (XmlElement const& link : read_xml(path).all(QStringLiteral("LNK")))
+            result.insert(link.attribute(QStringLiteral("A")),
+                          QUuid(link.attribute(QStringLiteral("B"))));
+    return result;
+}
+
+void DisplayTree::expect_valid_set() const {
+    if (shared_dir().isEmpty())
+        return;
+    bool valid = false;
+    QString const report = validate_set(scratch.file(QStringLiteral("out")), valid);
+    EXPECT_TRUE(valid) << report.toStdString();
+}
+
 } // namespace test_support

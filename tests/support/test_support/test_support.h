@@ -3,10 +3,14 @@
 // real tool run as a child process, and written XML read back as a tree.
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QPair>
 #include <QString>
 #include <QStringList>
+#include <QUuid>
+
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -79,6 +83,37 @@ QString shared_dir();
 // Runs the shared schema validator on a written set; returns its output and
 // sets `valid`.
 QString validate_set(QString const& dir, bool& valid);
+
+// A display tree built below "data" in a scratch directory, the tool run on
+// it into "out", and what it wrote read back: the one builder of the suites
+// that run the tool on source data.
+class DisplayTree : public ::testing::Test {
+protected:
+    // A path below data, e.g. "Products/Seed/Seed.ini".
+    QString data(QString const& relative = QString()) const;
+    // A path below the directory of a field of the one farm
+    // (data/Clients/Client/Farm/<name>).
+    QString field(QString const& relative, QString const& name = QStringLiteral("Field")) const;
+    void write(QString const& relative, QByteArray const& content) const;
+    // A set in data/taskdata for the tool to load, from its elements.
+    void load(QByteArray const& elements) const;
+    // The set of the last run becomes the one the next run loads.
+    void load_saved() const;
+
+    // The tool on data with `options`, writing into out; a failure unless it
+    // ends with status 0.
+    ToolRun run(QStringList const& options = {}) const;
+    XmlElement saved() const; // out/TASKDATA.XML
+    // The saved elements `tag` whose `attribute` is `value`, in document order.
+    QList<XmlElement> saved(QString const& tag, QString const& attribute,
+                            QString const& value) const;
+    // Element ID to identity, from out/LINKLIST.XML (empty when there is none).
+    QHash<QString, QUuid> identities() const;
+    // The written set checked against the schemas, where ../shared is there.
+    void expect_valid_set() const;
+
+    ScratchDir scratch;
+};
 
 } // namespace test_support
 
