@@ -40,35 +40,33 @@ protected:
 
 } // namespace
 
-TEST(PositionText, GivesDegreesAndMetresInAnyLetterCase) {
-    for (QByteArray const& text : {QByteArray("{W84,N52D30M15.25S,E13D24M10.5S,34.5}"),
-                                   QByteArray("{w84,n52d30m15.25s,e13d24m10.5s,34.5}"),
-                                   // Braces anywhere, fields after the fourth ignored.
-                                   QByteArray("W84,{N52D30M15.25S},E13D24M10.5S,34.5,x}")}) {
-        GeoPoint const point = point_of(text);
-        EXPECT_DOUBLE_EQ(point.latitude, example_latitude) << text.constData();
-        EXPECT_DOUBLE_EQ(point.longitude, example_longitude) << text.constData();
-        EXPECT_DOUBLE_EQ(point.height, 34.5) << text.constData();
+TEST(PositionText, GivesDegreesAndMetres) {
+    struct Case {
+        char const* text;
+        double latitude, longitude, height;
+    } const cases[] = {
+        {"{W84,N52D30M15.25S,E13D24M10.5S,34.5}", example_latitude, example_longitude, 34.5},
+        {"{w84,n52d30m15.25s,e13d24m10.5s,34.5}", example_latitude, example_longitude, 34.5},
+        // Braces anywhere, fields after the fourth ignored.
+        {"W84,{N52D30M15.25S},E13D24M10.5S,34.5,x}", example_latitude, example_longitude, 34.5},
+        // South and west are negative; the hemisphere letters are not
+        // checked against their field.
+        {"{W84,S1D30M0S,W1D30M0S,0}", -1.5, -1.5, 0.0},
+        {"{W84,E10D0M0S,N20D0M0S,0}", 10.0, 20.0, 0.0},
+        // Parts that are no numbers of their kind count as zero: without the
+        // closing "S" the seconds are empty; whole degrees and minutes only.
+        {"{W84,N52D30M15.25,E0D0M0S,1}", 52.5, 0.0, 1.0},
+        {"{W84,N12.5D30M0S,E0D0M0S,1}", 0.5, 0.0, 1.0},
+        {"{W84,N1D2.5M0S,E0D0M0S,1}", 1.0, 0.0, 1.0},
+        {"{W84,N52D30M0S,E13D0M0S,}", 52.5, 13.0, 0.0},
+        {"{W84,N52D30M0S,E13D0M0S,high}", 52.5, 13.0, 0.0},
+    };
+    for (Case const& c : cases) {
+        GeoPoint const point = point_of(c.text);
+        EXPECT_DOUBLE_EQ(point.latitude, c.latitude) << c.text;
+        EXPECT_DOUBLE_EQ(point.longitude, c.longitude) << c.text;
+        EXPECT_DOUBLE_EQ(point.height, c.height) << c.text;
     }
-}
-
-TEST(PositionText, SouthAndWestAreNegativeWhicheverFieldTheyStandIn) {
-    EXPECT_DOUBLE_EQ(point_of("{W84,S1D30M0S,W1D30M0S,0}").latitude, -1.5);
-    EXPECT_DOUBLE_EQ(point_of("{W84,S1D30M0S,W1D30M0S,0}").longitude, -1.5);
-    // The hemisphere letters are not checked against their field.
-    GeoPoint const swapped = point_of("{W84,E10D0M0S,N20D0M0S,0}");
-    EXPECT_DOUBLE_EQ(swapped.latitude, 10.0);
-    EXPECT_DOUBLE_EQ(swapped.longitude, 20.0);
-}
-
-TEST(PositionText, PartsThatAreNoNumbersOfTheirKindCountAsZero) {
-    // Without the closing "S" the seconds are empty; whole degrees and
-    // minutes only.
-    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M15.25,E0D0M0S,1}").latitude, 52.5);
-    EXPECT_DOUBLE_EQ(point_of("{W84,N12.5D30M0S,E0D0M0S,1}").latitude, 0.5);
-    EXPECT_DOUBLE_EQ(point_of("{W84,N1D2.5M0S,E0D0M0S,1}").latitude, 1.0);
-    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M0S,E13D0M0S,}").height, 0.0);
-    EXPECT_DOUBLE_EQ(point_of("{W84,N52D30M0S,E13D0M0S,high}").height, 0.0);
 }
 
 TEST(PositionText, BrokenShapesAreInvalid) {
