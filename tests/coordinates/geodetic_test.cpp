@@ -85,29 +85,6 @@ TEST(CoordConv_centre, ecefCentreGoesThroughGeodeticCoordinates) {
     EXPECT_NEAR(h, 300.0, iterationTolerance);
 }
 
-TEST(Frame_orientation, eastAndNorthAtKnownPlaces) {
-    for (GeoPoint const& centre : centres) {
-        SCOPED_TRACE(testing::Message() << centre.latitude << ", " << centre.longitude);
-        GeoPoint const east = localToGeo({100.0f, 0.0f}, centre);
-        double const metresPerDegree = metresPerDegreeOfLongitude(centre.latitude, centre.height);
-        EXPECT_NEAR(wrapLongitude(east.longitude - centre.longitude), 100.0 / metresPerDegree,
-                    1e-9);
-        // A degree of latitude is 111132 m within half a percent.
-        GeoPoint const south = localToGeo({0.0f, 100.0f}, centre);
-        EXPECT_NEAR((south.latitude - centre.latitude) * 111132.0, -100.0, 0.6);
-        EXPECT_NEAR(wrapLongitude(south.longitude - centre.longitude), 0.0, 1e-9);
-
-        GeoPoint const eastward{centre.latitude, wrapLongitude(centre.longitude + 0.001), 250.0};
-        LocalPoint const local = geoToLocal(eastward, centre);
-        EXPECT_NEAR(local.x, 0.001 * metresPerDegree, 1e-3);
-        EXPECT_NEAR(local.y, 0.0f, 0.01);
-        EXPECT_LT(geoToLocal({centre.latitude + 0.001, centre.longitude}, centre).y, -100.0f);
-    }
-    // Across the antimeridian without a jump.
-    EXPECT_LT(localToGeo({100.0f, 0.0f}, centres[4]).longitude, -179.99);
-    EXPECT_GT(localToGeo({-100.0f, 0.0f}, centres[5]).longitude, 179.99);
-}
-
 TEST(Frame_proj, localToGeoLiesOnProjsTangentPlaneAndComesBack) {
     for (GeoPoint const& centre : centres) {
         SCOPED_TRACE(testing::Message() << centre.latitude << ", " << centre.longitude);

@@ -202,21 +202,6 @@ TEST(PreviewPage, DrawsEachElementInThePlaneOfItsField) {
                                                 "points, 1 guidance pattern without points")});
 }
 
-// A set whose field stands in an external file gives the same page.
-TEST(PreviewPage, ReadsASetSplitIntoExternalFiles) {
-    ScratchDir scratch;
-    write_file(scratch.file(QStringLiteral("whole/set/TASKDATA.XML")),
-               head + one_field + "</ISO11783_TaskData>");
-    write_file(scratch.file(QStringLiteral("split/set/TASKDATA.XML")),
-               head + "<XFR A=\"PFD00001\" B=\"1\"/></ISO11783_TaskData>");
-    write_file(scratch.file(QStringLiteral("split/set/PFD00001.XML")),
-               "<?xml version=\"1.0\" encoding=\"UTF-8\"?><XFC>" + one_field + "</XFC>");
-    for (char const* set : {"whole/set", "split/set"})
-        ASSERT_EQ(preview({QString::fromLatin1(set)}, scratch.path()).exit_code, 0) << set;
-    EXPECT_EQ(read_file(scratch.file(QStringLiteral("split/set/preview.html"))),
-              read_file(scratch.file(QStringLiteral("whole/set/preview.html"))));
-}
-
 TEST(PreviewErrors, EndWithAMessageAndStatus1) {
     ScratchDir scratch;
     write_file(scratch.file(QStringLiteral("broken/TASKDATA.XML")), "<ISO11783_TaskData");

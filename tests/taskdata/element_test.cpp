@@ -5,7 +5,6 @@
 #include "taskdata/proprietary.h"
 #include "test_support/test_support.h"
 
-#include <QHash>
 
 #include <gtest/gtest.h>
 
@@ -92,69 +91,6 @@ TEST_F(Elements, ListsHoldLoadedThenCreatedElementsAndSeeLaterOnes) {
     EXPECT_EQ(root().customers().count(), 1);
     EXPECT_EQ(root().products().count(), 0);
     EXPECT_FALSE(groups[2].valid());
-}
-
-TEST_F(Elements, HandlesShareTheirElementAndHashAsIt) {
-    Customer const customer = new_customer(root(), QStringLiteral("A"));
-    Customer copy = customer;
-    copy.designator().set(QStringLiteral("B"), true);
-    QString name;
-    customer.designator().get(name);
-    EXPECT_EQ(name, QStringLiteral("B"));
-
-    QHash<Element, int> table;
-    table.insert(customer, 1);
-    EXPECT_EQ(table.value(copy), 1);
-    EXPECT_EQ(customer.get_qhash(), copy.get_qhash());
-    EXPECT_FALSE(Customer().valid());
-    EXPECT_TRUE(customer.get_root() == root());
-}
-
-TEST_F(Elements, FarmsAndFieldsFindTheElementsTheyReferTo) {
-    Customer const customer = new_customer(root(), QStringLiteral("Meyer"));
-    Farm farm = root().create_farms(true);
-    farm.id().set(man.get_free_uid(QStringLiteral("FRM"), false), true);
-    farm.customer().set(number(customer), true);
-    Partfield field = root().create_partfields(true);
-    field.id().set(man.get_free_uid(QStringLiteral("PFD"), false), true);
-    field.customer().set(number(customer), true);
-    field.farm().set(number(farm), true);
-
-    EXPECT_TRUE(farm.get_customer() == customer);
-    EXPECT_TRUE(field.get_farm() == farm);
-    EXPECT_TRUE(field.get_customer() == customer);
-    EXPECT_FALSE(Partfield(root().create_partfields(true)).get_farm().valid());
-
-    XmlElement const written = saved();
-    EXPECT_EQ(written.all(QStringLiteral("FRM"))[0].attribute(QStringLiteral("I")),
-              QStringLiteral("CTR1"));
-    EXPECT_EQ(written.all(QStringLiteral("PFD"))[0].attribute(QStringLiteral("F")),
-              QStringLiteral("FRM1"));
-}
-
-TEST_F(Elements, ViewsReadWhatWasSetAndKeepTheDefaultOtherwise) {
-    Product product = root().create_products(true);
-    product.id().set(man.get_free_uid(QStringLiteral("PDT"), false), true);
-    unsigned char type = 7;
-    EXPECT_FALSE(product.type().valid());
-    EXPECT_FALSE(product.type().get(type));
-    EXPECT_EQ(type, 7);
-
-    product.type().set(2, true);
-    product.ddi().set(0x0006, true);
-    product.mix_quantity().set(-5, true);
-    product.density_mass_per_volume().set(4000000000u, true);
-    EXPECT_TRUE(product.type().get(type));
-    EXPECT_EQ(type, 2);
-    unsigned short ddi = 0;
-    EXPECT_TRUE(product.ddi().get(ddi));
-    EXPECT_EQ(ddi, 6);
-
-    XmlElement const written = saved().all(QStringLiteral("PDT"))[0];
-    EXPECT_EQ(written.attribute(QStringLiteral("E")), QStringLiteral("0006"));
-    EXPECT_EQ(written.attribute(QStringLiteral("F")), QStringLiteral("2"));
-    EXPECT_EQ(written.attribute(QStringLiteral("G")), QStringLiteral("-5"));
-    EXPECT_EQ(written.attribute(QStringLiteral("H")), QStringLiteral("4000000000"));
 }
 
 TEST_F(Elements, TextThatIsNoNumberOfTheRangeIsNotRead) {
@@ -279,27 +215,6 @@ TEST_F(Elements, PolylinesBecomeClosedRingsOfAbsolutePoints) {
     EXPECT_EQ(points[2].attribute(QStringLiteral("D")), QStringLiteral("7.001"));
     EXPECT_EQ(points[3].attributes, points[0].attributes);
     EXPECT_EQ(points[0].attribute(QStringLiteral("A")), QStringLiteral("2"));
-}
-
-TEST_F(Elements, RemovedChildrenLeaveTheTreeAndTheirParentsCount) {
-    Partfield field = root().create_partfields(true);
-    field.id().set(1, true);
-    Polygon const first = field.create_polygon(true);
-    Polygon const second = field.create_polygon(true);
-    Linestring const line = second.create_linestring(true);
-    EXPECT_TRUE(Polygon(line.get_parent()) == second);
-    EXPECT_EQ(field.num_polygon(), 2u);
-    field.remove_polygon(first);
-    EXPECT_EQ(field.num_polygon(), 1u);
-    EXPECT_TRUE(field.get_polygon(0) == second);
-
-    Guidance_pattern pattern = field.create_guidance_paths(true).create_patterns(true);
-    EXPECT_FALSE(pattern.get_linestring(0).valid());
-    Linestring const guidance = pattern.create_linestring(true);
-    EXPECT_TRUE(pattern.get_linestring(0) == guidance);
-    pattern.remove_linestring(guidance);
-    EXPECT_EQ(pattern.num_linestring(), 0u);
-    EXPECT_EQ(saved().all(QStringLiteral("PLN")).size(), 1);
 }
 
 TEST_F(Elements, ProprietaryAttributesAreFoundOrAddedOnce) {

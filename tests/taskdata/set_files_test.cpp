@@ -321,30 +321,6 @@ TEST_F(SetFiles, LinksThatNameNothingKnownAreKept) {
               QString());
 }
 
-TEST_F(SetFiles, LibraryFlagsSurviveASaveAndALoad) {
-    Partfield field = root().create_partfields(true);
-    field.id().set(1, true);
-    Point flag = field.create_point(true);
-    flag.icon_id().set(6, true);
-    Linestring line = field.create_polygon(true).create_linestring(true);
-    line.enabled().set(1, true);
-    line.set_binary(true);
-    EXPECT_TRUE(line.binary());
-    line.create_new_point();
-
-    QString const output = dir(QStringLiteral("out"));
-    make_dirs(output);
-    save(output);
-    ASSERT_TRUE(load(output));
-    Partfield const loaded = root().partfields()[0];
-    unsigned char icon = 0, enabled = 0;
-    EXPECT_TRUE(loaded.get_point(0).icon_id().get(icon));
-    EXPECT_EQ(icon, 6);
-    EXPECT_TRUE(loaded.get_polygon(0).get_linestring(0).enabled().get(enabled));
-    EXPECT_EQ(enabled, 1);
-    EXPECT_EQ(loaded.get_polygon(0).get_linestring(0).get_num_points(), 1u);
-}
-
 TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
     QString const hostile = QStringLiteral("<Field & \"Co\"> '1'\t") + QChar(0x01) + QChar(0x1F) +
                             QChar(0xD800) + QStringLiteral("end") + QChar(0xFFFF);
@@ -388,89 +364,6 @@ TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
             indents << text_line.left(text_line.indexOf(QLatin1String("<PNT")));
     QString const depth_four(4, QLatin1Char('\t'));
     EXPECT_EQ(indents, QStringList({depth_four, depth_four, depth_four, depth_four}));
-}
-
-TEST_F(SetFiles, WrittenSetsPassTheSchema) {
-    REQUIRE_SHARED_DIR();
-    Customer customer = root().create_customers(true);
-    customer.id().set(1, true);
-    customer.designator().set(QStringLiteral("Meyer & Sons"), true);
-    customer.set_guid(QUuid::createUuid());
-    Farm farm = root().create_farms(true);
-    farm.id().set(1, true);
-    farm.designator().set(QStringLiteral("Hof"), true);
-    farm.customer().set(1, true);
-    Partfield field = root().create_partfields(true);
-    field.id().set(1, true);
-    field.designator().set(QStringLiteral("North"), true);
-    field.customer().set(1, true);
-    field.farm().set(1, true);
-    Product_group group = root().create_product_groups(true);
-    group.id().set(1, true);
-    group.designator().set(QStringLiteral("Granular Chemicals"), true);
-    group.set_guid(QUuid::createUuid());
-    Product product = root().create_products(true);
-    product.id().set(1, true);
-    product.designator().set(QStringLiteral("Seed"), true);
-    product.product_group().set(group);
-    product.ddi().set(1, true);
-    product.type().set(2, true);
-    product.mix_quantity().set(100, true);
-    product.density_mass_per_volume().set(1000, true);
-    Product_relation relation = product.create_product_relations(true);
-    relation.product().set(product);
-    relation.quantity().set(5, true);
-    Base_station station = root().create_base_stations(true);
-    station.id().set(1, true);
-    station.north().set(52.123456789123, true);
-    station.east().set(-7.1, true);
-    station.up().set(-1200, true);
-    Point flag = field.create_point(true);
-    flag.type().set(1, true);
-    flag.designator().set(QStringLiteral("Stone"), true);
-    flag.north().set(52.1, true);
-    flag.east().set(7.2, true);
-    flag.colour().set(3, true);
-    flag.icon_id().set(4, true);
-    Polygon polygon = field.create_polygon(true);
-    polygon.type().set(1, true);
-    polygon.designator().set(QStringLiteral("Boundary"), true);
-    polygon.area().set(12000, true);
-    polygon.colour().set(2, true);
-    Linestring ring = polygon.create_linestring(true);
-    ring.type().set(1, true);
-    ring.enabled().set(1, true);
-    ring.set_uuid(QUuid::createUuid());
-    Polyline points(QPointF(7.0, 52.0));
-    points << QPointF(0, 0) << QPointF(0.0001, 0) << QPointF(0.0001, 0.0001);
-    points.close();
-    ring.add_points(points, false, false);
-    GuidanceGroup guidance = field.create_guidance_paths(true);
-    guidance.id().set(1, true);
-    guidance.designator().set(QStringLiteral("AB"), true);
-    Guidance_pattern pattern = guidance.create_patterns(true);
-    pattern.id().set(1, true);
-    pattern.type().set(1, true);
-    pattern.designator().set(QStringLiteral("AB"), true);
-    pattern.propagation().set(1, true);
-    pattern.extension().set(1, true);
-    pattern.radius().set(250000, true);
-    pattern.base_station().set(station);
-    Linestring line = pattern.create_linestring(true);
-    line.type().set(5, true);
-    for (int i = 0; i < 2; ++i) {
-        unsigned int const index = line.create_new_point();
-        line.set_type(index, static_cast<unsigned char>(6 + i));
-        line.set_north(index, 52.0 + i * 0.001);
-        line.set_east(index, 7.0);
-    }
-
-    QString const output = dir(QStringLiteral("out"));
-    make_dirs(output);
-    save(output);
-    bool valid = false;
-    QString const report = validate_set(output, valid);
-    EXPECT_TRUE(valid) << report.toStdString();
 }
 
 TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
