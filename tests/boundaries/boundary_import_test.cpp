@@ -57,7 +57,7 @@ std::vector<std::pair<float, float>> vertices(int count) {
 }
 
 void write_bdy(QString const& path, std::vector<std::pair<float, float>> const& ring) {
-    write_file(path, bdy_bytes(52.0, 9.0, 100.0, ring));
+    write_file(path, point_file(52.0, 9.0, 100.0, ring));
 }
 
 using BoundaryImport = FieldTree;
@@ -193,13 +193,13 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
         return text + "</PLN>";
     };
     write("taskdata/TASKDATA.XML",
-               "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\">"
-               "<CTR A=\"CTR1\" B=\"Client\"/><FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/>"
-               "<PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">" +
-                   polygon("1", "old", {"LSG1"}) + polygon("1", "kept-null", {"LSG2", "-"}) +
-                   polygon("1", "empty", {}) + polygon("2", "other type", {"LSG4"}) +
-                   polygon("1", "kept-twin", {"LSG5"}) + polygon("1", "twin", {"LSG6"}) +
-                   "</PFD></ISO11783_TaskData>");
+          "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\">"
+          "<CTR A=\"CTR1\" B=\"Client\"/><FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/>"
+          "<PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">" +
+              polygon("1", "old", {"LSG1"}) + polygon("1", "kept-null", {"LSG2", "-"}) +
+              polygon("1", "empty", {}) + polygon("2", "other type", {"LSG4"}) +
+              polygon("1", "kept-twin", {"LSG5"}) + polygon("1", "twin", {"LSG6"}) +
+              "</PFD></ISO11783_TaskData>");
     QString const uuid4 = QStringLiteral("{44444444-4444-4444-8444-444444444444}");
     QByteArray links;
     for (auto const& [id, uuid] : {std::pair{"LSG1", "{11111111-1111-4111-8111-111111111111}"},
@@ -209,10 +209,10 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
                                    {"LSG6", "{55555555-5555-4555-8555-555555555555}"}})
         links += QByteArray("<LNK A=\"") + id + "\" B=\"" + uuid + "\"/>";
     write("taskdata/LINKLIST.XML",
-               "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\" "
-               "ManagementSoftwareManufacturer=\"x\" ManagementSoftwareVersion=\"1\">"
-               "<LGP A=\"LGP1\" B=\"1\">" +
-                   links + "</LGP></ISO11783LinkList>");
+          "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\" "
+          "ManagementSoftwareManufacturer=\"x\" ManagementSoftwareVersion=\"1\">"
+          "<LGP A=\"LGP1\" B=\"1\">" +
+              links + "</LGP></ISO11783LinkList>");
     write_named_rings(field("Boundaries/b"), {"new-1", "new-2"}, 9.0);
     run({"-m"});
 
@@ -249,12 +249,12 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
 }
 
 TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
-    QByteArray const whole = bdy_bytes(52.0, 9.0, 0.0, vertices(3));
+    QByteArray const whole = point_file(52.0, 9.0, 0.0, vertices(3));
     write_file(field("Boundaries/1-short.bdy"), whole.left(10));
     write_file(field("Boundaries/2-centre-only.bdy"), whole.left(40));
     write_file(field("Boundaries/3-no-vertices.bdy"), whole.left(64));
     write_file(field("Boundaries/4-half.bdy"), whole.left(whole.size() - 4)); // 2.5 vertices
-    QByteArray not_numbers = bdy_bytes(52.0, 9.0, 0.0, vertices(3));
+    QByteArray not_numbers = point_file(52.0, 9.0, 0.0, vertices(3));
     not_numbers.append(QByteArray(8, '\xff')); // a NaN vertex
     write_file(field("Boundaries/5-nan.bdy"), not_numbers);
     // A ring of two points goes; the table ends within its third row.

@@ -1,6 +1,6 @@
 #pragma once
-// Shapefiles, dBASE tables and .bdy files for the tests, written by shapelib's
-// own writer (SHPCreate, DBFCreate) and, for .bdy, byte by byte.
+// Shapefiles and dBASE tables for the tests, written by shapelib's own writer
+// (SHPCreate, DBFCreate).
 
 #include "test_support/test_support.h"
 
@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QString>
 #include <QVariant>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 #include <shapefil.h>
@@ -110,23 +109,6 @@ inline std::vector<Column> boundary_columns() {
             {"Name", FTString, 40, 0},
             {"Headland", FTInteger, 4, 0},
             {"Treatment", FTInteger, 4, 0}};
-}
-
-// A .bdy file: the centre, 40 bytes nobody reads, then x, y (metres east and
-// south) per vertex, all little-endian.
-inline QByteArray bdy_bytes(double latitude, double longitude, double height,
-                            std::vector<std::pair<float, float>> const& vertices) {
-    QByteArray bytes(64, '\x5a');
-    qToLittleEndian(latitude, bytes.data());
-    qToLittleEndian(longitude, bytes.data() + 8);
-    qToLittleEndian(height, bytes.data() + 16);
-    for (auto const& vertex : vertices) {
-        char buffer[8];
-        qToLittleEndian(vertex.first, buffer);
-        qToLittleEndian(vertex.second, buffer + 4);
-        bytes.append(buffer, 8);
-    }
-    return bytes;
 }
 
 // A rectangle of `width` by `height` degrees with its south-west corner at

@@ -54,9 +54,9 @@ TEST_F(ClientImport, ThreeLevelsBecomeLinkedElementsInListingOrder) {
     EXPECT_EQ(result.out.toStdString(), "P: 0%\n\nP: 25%\n\nP: 50%\n\nP: 75%\n\nP: 100%\n\n");
 
     EXPECT_EQ(levels(), Lines({"CTR1  Spaced  name ", "FRM1 CTR1 Farm", "PFD1 CTR1 FRM1 Field",
-                              "CTR2 Agrar", "FRM2 CTR2 Farm", "PFD2 CTR2 FRM2 Field", "CTR3 meyer",
-                              "FRM3 CTR3 Away", "FRM4 CTR3 Home", "PFD3 CTR3 FRM4 north",
-                              "PFD4 CTR3 FRM4 South", "CTR4 No farms"}));
+                               "CTR2 Agrar", "FRM2 CTR2 Farm", "PFD2 CTR2 FRM2 Field", "CTR3 meyer",
+                               "FRM3 CTR3 Away", "FRM4 CTR3 Home", "PFD3 CTR3 FRM4 north",
+                               "PFD4 CTR3 FRM4 South", "CTR4 No farms"}));
 }
 
 TEST_F(ClientImport, WithoutMergeALoadedSetGetsEverythingAgain) {
@@ -65,7 +65,7 @@ TEST_F(ClientImport, WithoutMergeALoadedSetGetsEverythingAgain) {
     make_tree({"Meyer/Home/North"});
     run();
     EXPECT_EQ(levels(), Lines({"CTR1 Meyer", "FRM1 CTR1 Home", "PFD1 CTR1 FRM1 North", "CTR2 Meyer",
-                              "FRM2 CTR2 Home", "PFD2 CTR2 FRM2 North"}));
+                               "FRM2 CTR2 Home", "PFD2 CTR2 FRM2 North"}));
 }
 
 TEST_F(ClientImport, MergeReusesByExactNameUnderTheSameParents) {
@@ -79,14 +79,14 @@ TEST_F(ClientImport, MergeReusesByExactNameUnderTheSameParents) {
     EXPECT_TRUE(result.out.endsWith("P: 80%\n\nP: 100%\n\n")); // reused fields step too
 
     EXPECT_EQ(levels(), Lines({// Loaded, unchanged; the first "Meyer" is the one reused.
-                              "CTR1 Meyer", "CTR2 Other", "CTR3 Meyer", "FRM1 CTR1 Home",
-                              "FRM2 CTR2 Away", "PFD1 CTR1 FRM1 North", "PFD2 CTR2 FRM1 South",
-                              // "Away" and "South" of another customer are no match, nor
-                              // is "North" for "north".
-                              "FRM3 CTR1 Away", "PFD3 CTR1 FRM3 East", "PFD4 CTR1 FRM1 north",
-                              "PFD5 CTR1 FRM1 South",
-                              // Under a new client everything is new.
-                              "CTR4 Neu", "FRM4 CTR4 Home", "PFD6 CTR4 FRM4 North"}));
+                               "CTR1 Meyer", "CTR2 Other", "CTR3 Meyer", "FRM1 CTR1 Home",
+                               "FRM2 CTR2 Away", "PFD1 CTR1 FRM1 North", "PFD2 CTR2 FRM1 South",
+                               // "Away" and "South" of another customer are no match, nor
+                               // is "North" for "north".
+                               "FRM3 CTR1 Away", "PFD3 CTR1 FRM3 East", "PFD4 CTR1 FRM1 north",
+                               "PFD5 CTR1 FRM1 South",
+                               // Under a new client everything is new.
+                               "CTR4 Neu", "FRM4 CTR4 Home", "PFD6 CTR4 FRM4 North"}));
 }
 
 TEST_F(ClientImport, MergeFindsAFarmWhoseCustomerIsMadeOnlyNow) {

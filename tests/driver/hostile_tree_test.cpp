@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QtEndian>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,18 +25,12 @@ namespace {
 QByteArray const ab_line = "State=2\n[APoint]\nLatitude=52.1\nLongitude=13.2\n"
                            "[BPoint]\nLatitude=52.2\nLongitude=13.3\n";
 
-// A .crv or .bdy file: the reference, the reserved bytes, then the points.
+// A .crv or .bdy file of `points` points in a zigzag.
 QByteArray point_file(int points) {
-    QByteArray bytes(64, '\0');
-    qToLittleEndian(52.5, bytes.data());
-    qToLittleEndian(13.25, bytes.data() + 8);
-    for (int i = 0; i < points; ++i) {
-        char pair[8];
-        qToLittleEndian(static_cast<float>(10 * i), pair);
-        qToLittleEndian(static_cast<float>(i % 2 ? 10 : -10), pair + 4);
-        bytes.append(pair, sizeof pair);
-    }
-    return bytes;
+    std::vector<std::pair<float, float>> zigzag;
+    for (int i = 0; i < points; ++i)
+        zigzag.emplace_back(static_cast<float>(10 * i), static_cast<float>(i % 2 ? 10 : -10));
+    return test_support::point_file(52.5, 13.25, 0.0, zigzag);
 }
 
 void symlink_or_fail(char const* target, QString const& link) {

@@ -8,19 +8,13 @@
 #include <QByteArray>
 #include <QFile>
 #include <QStringList>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
-
-inline void PrintTo(QString const& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace guidance_tree {
 
@@ -31,19 +25,10 @@ using Record = std::pair<float, float>;
 inline Record const separator{std::numeric_limits<float>::lowest(),
                               std::numeric_limits<float>::lowest()};
 
-// A .crv file: the reference, 40 reserved bytes, then the records.
+// A .crv file of the records around `reference`.
 inline QByteArray crv_file(GeoPoint reference, std::vector<Record> const& records) {
-    QByteArray bytes(64, '\0');
-    qToLittleEndian(reference.latitude, bytes.data());
-    qToLittleEndian(reference.longitude, bytes.data() + 8);
-    qToLittleEndian(reference.height, bytes.data() + 16);
-    for (Record const& record : records) {
-        char pair[8];
-        qToLittleEndian(record.first, pair);
-        qToLittleEndian(record.second, pair + 4);
-        bytes.append(pair, sizeof pair);
-    }
-    return bytes;
+    return test_support::point_file(reference.latitude, reference.longitude, reference.height,
+                                    records);
 }
 
 class GuidanceTree : public test_support::DisplayTree {

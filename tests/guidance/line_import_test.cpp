@@ -48,18 +48,19 @@ QMap<QString, int> point_counts(XmlElement const& set) {
 TEST_F(GuidanceTree, EveryLineKindWithAndWithoutABaseStation) {
     write_field("ABLines/With/With.ini", ab_line(correction(5, station_text)));
     write_field("ABLines/without/without.ini",
-          "State=2\n[APoint]\nLatitude=52.1\nLongitude=abc\n[BPoint]\nLatitude=52.2\n");
+                "State=2\n[APoint]\nLatitude=52.1\nLongitude=abc\n[BPoint]\nLatitude=52.2\n");
     // The form in which the display's settings class writes bytes; the same
     // text, so the same station.
     write_field("Curves/With/With.ini",
-          "CorrectionSource=5\n[BasePoint]\nPosition=\"@ByteArray(" + station_text + ")\"\n");
+                "CorrectionSource=5\n[BasePoint]\nPosition=\"@ByteArray(" + station_text + ")\"\n");
     write_field("Curves/With/With.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
     write_field("Curves/Other/Other.ini", correction(24, station_text));
     write_field("Curves/Other/Other.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}}));
-    write_field("Pivots/With/With.ini", "InnerRadius=12.3456\n" + correction(23, station_text.toLower()) +
-                                      "[Reference]\nLat=52\nLon=13\n");
+    write_field("Pivots/With/With.ini", "InnerRadius=12.3456\n" +
+                                            correction(23, station_text.toLower()) +
+                                            "[Reference]\nLat=52\nLon=13\n");
     write_field("Pivots/Without/Without.ini",
-          "InnerRadius=-5\n" + correction(0, station_text) + "[Reference]\nLat=52\nLon=13\n");
+                "InnerRadius=-5\n" + correction(0, station_text) + "[Reference]\nLat=52\nLon=13\n");
     run();
 
     EXPECT_EQ(
@@ -84,7 +85,8 @@ TEST_F(GuidanceTree, EveryLineKindWithAndWithoutABaseStation) {
 TEST_F(GuidanceTree, CurvePointsAreMetresEastAndSouthOfTheReference) {
     GeoPoint const reference{52.5, 13.25, 300.0};
     write_field("Curves/C/C.ini", "State=0\n");
-    write_field("Curves/C/C.crv", crv_file(reference, {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}}));
+    write_field("Curves/C/C.crv",
+                crv_file(reference, {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}}));
     run();
 
     XmlElement const curve = pattern("C");
@@ -200,7 +202,7 @@ TEST_F(GuidanceTree, ASecondRunRebuildsTheSamePatternsAndLinksTheNewStations) {
     write_field("Curves/C/C.ini", correction(5, station_text));
     write_field("Curves/C/C.crv", crv_file({52.5, 13.25, 0.0}, {{0, 0}, {0, 0}}));
     write_field("Pivots/P/P.ini",
-          correction(7, "{W84,N1D0M0S,E1D0M0S,0}") + "[Reference]\nLat=52\nLon=13\n");
+                correction(7, "{W84,N1D0M0S,E1D0M0S,0}") + "[Reference]\nLat=52\nLon=13\n");
     run();
     Lines const first = patterns();
     QList<XmlElement> const first_groups = saved().all("GGP");
@@ -227,7 +229,8 @@ TEST_F(GuidanceTree, ASecondRunRebuildsTheSamePatternsAndLinksTheNewStations) {
 }
 
 TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
-    write("taskdata/TASKDATA.XML",
+    write(
+        "taskdata/TASKDATA.XML",
         "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Client\"/>"
         "<FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/><PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">"
         "<GGP A=\"GGP7\" B=\"Shared\">"
@@ -240,7 +243,7 @@ TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
         "</PFD></ISO11783_TaskData>");
     write_field("ABLines/Line/Line.ini", ab_line(""));
     write_field("ABLines/Line/Tramline/Tramline.ini",
-          "[Tramline]\nSpacing=3.00\nTrackWidth=abc\n[Curve]\nImplicitOffset=0.25\n");
+                "[Tramline]\nSpacing=3.00\nTrackWidth=abc\n[Curve]\nImplicitOffset=0.25\n");
     write_field("ABLines/Kept/Kept.ini", "State=1\n");
     run({"-m"});
 

@@ -117,10 +117,10 @@ TEST_F(ProductImport, ProductsAreAlwaysNewButGroupsAreFoundAgainByIdentity) {
     // of the granular group with another identity.
     load("<PGP A=\"PGP1\" B=\"Sprays\"/><PGP A=\"PGP2\" B=\"Granular Chemicals\"/>");
     write("taskdata/LINKLIST.XML",
-               "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\"><LGP A=\"LGP1\" B=\"1\">"
-               "<LNK A=\"PGP1\" B=\"50b3c385-bee4-4042-9206-330b02040194\"/>"
-               "<LNK A=\"PGP2\" B=\"11111111-2222-3333-4444-555555555555\"/>"
-               "</LGP></ISO11783LinkList>");
+          "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\"><LGP A=\"LGP1\" B=\"1\">"
+          "<LNK A=\"PGP1\" B=\"50b3c385-bee4-4042-9206-330b02040194\"/>"
+          "<LNK A=\"PGP2\" B=\"11111111-2222-3333-4444-555555555555\"/>"
+          "</LGP></ISO11783LinkList>");
     add_product("Herbicide", 4, 1);
     add_product("Pellets", 3, 2);
 

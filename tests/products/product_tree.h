@@ -2,16 +2,6 @@
 // Products and mixtures below a display tree, and the saved products by name.
 #include "test_support/test_support.h"
 
-#include <ostream>
-
-// Readable values in failure messages.
-inline void PrintTo(QString const& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
-inline void PrintTo(QByteArray const& bytes, std::ostream* out) {
-    *out << '"' << bytes.toStdString() << '"';
-}
-
 class ProductTree : public test_support::DisplayTree {
 protected:
     void add_product(QString const& name, QByteArray const& ini) const {

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
+#include <QtEndian>
 
 #include <algorithm>
 #include <chrono>
@@ -68,6 +69,21 @@ QByteArray read_file(QString const& path) {
 
 bool file_exists(QString const& path) {
     return QFileInfo::exists(path);
+}
+
+QByteArray point_file(double latitude, double longitude, double height,
+                      std::vector<std::pair<float, float>> const& points) {
+    QByteArray bytes(64, '\x5a');
+    qToLittleEndian(latitude, bytes.data());
+    qToLittleEndian(longitude, bytes.data() + 8);
+    qToLittleEndian(height, bytes.data() + 16);
+    for (auto const& point : points) {
+        char pair[8];
+        qToLittleEndian(point.first, pair);
+        qToLittleEndian(point.second, pair + 4);
+        bytes.append(pair, sizeof pair);
+    }
+    return bytes;
 }
 
 // The children are started with posix_spawn rather than QProcess: QProcess

@@ -5,7 +5,6 @@
 #include "taskdata/proprietary.h"
 #include "test_support/test_support.h"
 
-
 #include <gtest/gtest.h>
 
 using namespace TC::Task_data;

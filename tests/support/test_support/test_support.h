@@ -13,6 +13,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
+#include <utility>
+#include <vector>
 
 namespace test_support {
 
@@ -35,6 +38,12 @@ void write_file(QString const& path, QByteArray const& content);
 void write_raw_file(QByteArray const& path, QByteArray const& content);
 QByteArray read_file(QString const& path);
 bool file_exists(QString const& path);
+
+// The display's .crv and .bdy files: the reference (latitude, longitude,
+// height), 40 reserved bytes that nobody reads, then x, y per point (metres
+// east and south), all little-endian.
+QByteArray point_file(double latitude, double longitude, double height,
+                      std::vector<std::pair<float, float>> const& points);
 
 struct ToolRun {
     int exit_code = -1; // -1 where the program did not start or did not end by itself
@@ -116,6 +125,14 @@ protected:
 };
 
 } // namespace test_support
+
+// Readable values in failure messages.
+inline void PrintTo(QString const& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(QByteArray const& bytes, std::ostream* out) {
+    *out << '"' << bytes.toStdString() << '"';
+}
 
 // Skips the current test when the shared material is absent.
 #define REQUIRE_SHARED_DIR()                                                                       \
