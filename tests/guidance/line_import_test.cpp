@@ -3,8 +3,6 @@
 // a loaded set, with the base stations of the run and the tramline values.
 #include "guidance_tree.h"
 
-#include "coordinates/geodetic.h"
-
 #include <QMap>
 
 using guidance_tree::crv_file;
@@ -80,33 +78,6 @@ TEST_F(GuidanceTree, EveryLineKindWithAndWithoutABaseStation) {
         EXPECT_EQ(group.children.size(), 1);
         EXPECT_EQ(group.attribute("B"), group.children.value(0).attribute("B"));
     }
-}
-
-TEST_F(GuidanceTree, CurvePointsAreMetresEastAndSouthOfTheReference) {
-    GeoPoint const reference{52.5, 13.25, 300.0};
-    write_field("Curves/C/C.ini", "State=0\n");
-    write_field("Curves/C/C.crv",
-                crv_file(reference, {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}}));
-    run();
-
-    XmlElement const curve = pattern("C");
-    QStringList types;
-    for (XmlElement const& point : curve.all("PNT"))
-        types << point.attribute("A");
-    EXPECT_EQ(types, QStringList({"6", "9", "9", "7"}));
-
-    std::vector<GeoPoint> const points = points_of(curve);
-    ASSERT_EQ(points.size(), 4u);
-    std::vector<LocalPoint> const local = {{0, 0}, {100, 0}, {0, 100}, {-50.5f, -75.25f}};
-    for (std::size_t i = 0; i < local.size(); ++i) {
-        GeoPoint const expected = localToGeo(local[i], reference);
-        EXPECT_NEAR(points[i].latitude, expected.latitude, 1e-9) << i;
-        EXPECT_NEAR(points[i].longitude, expected.longitude, 1e-9) << i;
-    }
-    EXPECT_NEAR(points[1].latitude, reference.latitude, 1e-6); // east
-    EXPECT_GT(points[1].longitude, reference.longitude + 1e-3);
-    EXPECT_LT(points[2].latitude, reference.latitude - 1e-4); // south
-    EXPECT_NEAR(points[2].longitude, reference.longitude, 1e-6);
 }
 
 TEST_F(GuidanceTree, CurvesTakeTheFirstSegmentAndSkipFilesWithoutPoints) {
