@@ -70,6 +70,19 @@ TEST(Algebra_vectors, pointerFormsReadThreeValuesAndWidenFloats) {
     EXPECT_EQ(dist(SVec(1, 2, 3), SVec(4, 6, 15)), 13.0);
 }
 
+TEST(Algebra_storage, firstIndexIsTheColumnAndOutOfRangeGivesTheFirstElement) {
+    SMat m = general;
+    EXPECT_EQ(&m.MAT(2, 1), &m.m[7]);
+    EXPECT_EQ(&m.MAT(3, 0), &m.m[0]);
+    EXPECT_EQ(&m.MAT(0, -1), &m.m[0]);
+    EXPECT_EQ(&m.MAT(1, 3), &m.m[0]);
+
+    double const rows[3][3] = {{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}, {7.0, 8.0, 9.0}};
+    SMat const fromRows = transpose(rows);
+    EXPECT_EQ(std::memcmp(fromRows.m, rows, sizeof rows), 0);
+    expectNear(fromRows.row(0), SVec(1.0, 4.0, 7.0));
+}
+
 TEST(Algebra_inverse, invertsOrRefuses) {
     SMat inverse = general;
     ASSERT_TRUE(inverse.inverse());

@@ -99,3 +99,23 @@ TEST(GridCell_index, cellOfAPointByFloor) {
     float const nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(GridCell(LocalPoint{nan, nan}), GridCell(0, 0));
 }
+
+TEST(GridCell_index, orderAndArithmetic) {
+    std::vector<GridCell> cells = {{3, 1}, {-2, 1}, {7, 0}, {0, -4}};
+    std::sort(cells.begin(), cells.end());
+    EXPECT_EQ(cells, (std::vector<GridCell>{{0, -4}, {7, 0}, {-2, 1}, {3, 1}})); // row by row
+    EXPECT_TRUE(GridCell(1, 1) > GridCell(0, 1) && GridCell(1, 1) <= GridCell(1, 1) &&
+                GridCell(1, 1) >= GridCell(1, 1) && GridCell(1, 2) != GridCell(2, 1));
+
+    GridCell cell(-3, 7);
+    EXPECT_EQ(-(cell + GridCell(1, 1) - GridCell(0, 3)), GridCell(2, -5));
+    EXPECT_EQ(cell / 2.0f, GridCell(-1, 3)); // toward zero
+    cell *= 1.5f;
+    EXPECT_EQ(cell, GridCell(-4, 10));
+    cell /= -4.0f;
+    cell += GridCell(1, 1);
+    cell -= GridCell(0, 2);
+    EXPECT_EQ(cell, GridCell(2, -3));
+    EXPECT_EQ(GridCell::lowerEdge(-2), -200.0f);
+    EXPECT_EQ(GridCell::upperEdge(-2), -100.0f);
+}
