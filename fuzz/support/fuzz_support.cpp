@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QtGlobal>
 
 #include <cstdio>
@@ -21,26 +22,6 @@ void drop_routine_messages(QtMsgType type, QMessageLogContext const&, QString co
     if (type == QtCriticalMsg || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
-
-class ScratchDir {
-public:
-    ScratchDir() {
-        QByteArray name = QDir::tempPath().toLocal8Bit() + "/tdm-fuzz-XXXXXX";
-        if (!mkdtemp(name.data())) {
-            std::perror("fuzz: cannot make a scratch directory");
-            std::abort();
-        }
-        path_ = QString::fromLocal8Bit(name);
-    }
-    ~ScratchDir() { QDir(path_).removeRecursively(); }
-    ScratchDir(ScratchDir const&) = delete;
-    ScratchDir& operator=(ScratchDir const&) = delete;
-
-    QString const& path() const { return path_; }
-
-private:
-    QString path_;
-};
 
 } // namespace
 
@@ -62,8 +43,13 @@ std::vector<QByteArray> split_files(std::uint8_t const* data, std::size_t size) 
 }
 
 QString fresh_dir() {
-    static ScratchDir const scratch;
+    static QTemporaryDir const scratch(QDir::tempPath() + QStringLiteral("/tdm-fuzz-XXXXXX"));
     static unsigned long run = 0;
+    if (!scratch.isValid()) {
+        std::fprintf(stderr, "fuzz: cannot make a scratch directory: %s\n",
+                     qPrintable(scratch.errorString()));
+        std::abort();
+    }
     QDir(QStringLiteral("%1/%2").arg(scratch.path()).arg(run)).removeRecursively();
     QString const path = QStringLiteral("%1/%2").arg(scratch.path()).arg(++run);
     if (!QDir().mkpath(path)) {
