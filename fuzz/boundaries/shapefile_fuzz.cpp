@@ -8,12 +8,9 @@
 using TC::Task_data::Elements::Client::Partfield;
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir,
-                              {QStringLiteral("Lines/Lines.shp"), QStringLiteral("Lines/Lines.shx"),
-                               QStringLiteral("Lines/Lines.dbf")},
-                              fuzz_support::split_files(data, size));
-    QString const shp_path = dir + QStringLiteral("/Lines/Lines.shp");
+    QString const dir = fuzz_support::input_files(
+        data, size, {"Lines/Lines.shp", "Lines/Lines.shx", "Lines/Lines.dbf"});
+    QString const shp_path = dir + "/Lines/Lines.shp";
     Partfield const field = fuzz_support::fresh_field();
     write_boundaries(field, read_shape_boundaries(shp_path));
     import_project_shapefile(shp_path, field.create_guidance_paths(true));

@@ -4,11 +4,8 @@
 #include "guidance/ab_lines.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const field_dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(field_dir,
-                              {QStringLiteral("ABLines/Line/Line.ini"),
-                               QStringLiteral("ABLines/Line/Tramline/Tramline.ini")},
-                              fuzz_support::split_files(data, size));
+    QString const field_dir = fuzz_support::input_files(
+        data, size, {"ABLines/Line/Line.ini", "ABLines/Line/Tramline/Tramline.ini"});
     BaseStationTable base_stations;
     import_ab_lines(QDir(field_dir), fuzz_support::fresh_field(), base_stations);
     return 0;

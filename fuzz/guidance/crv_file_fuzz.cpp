@@ -3,10 +3,8 @@
 #include "guidance/crv_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir, {QStringLiteral("Curve.crv")},
-                              {fuzz_support::whole_file(data, size)});
-    QString const path = dir + QStringLiteral("/Curve.crv");
+    QString const dir = fuzz_support::input_files(data, size, {"Curve.crv"});
+    QString const path = dir + "/Curve.crv";
     double latitude = 0.0;
     double longitude = 0.0;
     double height = 0.0;

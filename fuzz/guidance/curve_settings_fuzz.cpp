@@ -4,12 +4,9 @@
 #include "guidance/curves.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const field_dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(field_dir,
-                              {QStringLiteral("Curves/Line/Line.ini"),
-                               QStringLiteral("Curves/Line/Line.crv"),
-                               QStringLiteral("Curves/Line/Tramline/Tramline.ini")},
-                              fuzz_support::split_files(data, size));
+    QString const field_dir = fuzz_support::input_files(
+        data, size,
+        {"Curves/Line/Line.ini", "Curves/Line/Line.crv", "Curves/Line/Tramline/Tramline.ini"});
     BaseStationTable base_stations;
     import_curves(QDir(field_dir), fuzz_support::fresh_field(), base_stations);
     return 0;

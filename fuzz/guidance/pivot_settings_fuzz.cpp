@@ -3,9 +3,7 @@
 #include "guidance/pivots.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const field_dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(field_dir, {QStringLiteral("Pivots/Line/Line.ini")},
-                              {fuzz_support::whole_file(data, size)});
+    QString const field_dir = fuzz_support::input_files(data, size, {"Pivots/Line/Line.ini"});
     BaseStationTable base_stations;
     import_pivots(QDir(field_dir), fuzz_support::fresh_field(), base_stations);
     return 0;

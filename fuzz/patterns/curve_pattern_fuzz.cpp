@@ -17,11 +17,9 @@ void check(bool holds) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir, {QStringLiteral("Line.crv")},
-                              {fuzz_support::whole_file(data, size)});
+    QString const dir = fuzz_support::input_files(data, size, {"Line.crv"});
     TCurvePattern pattern;
-    bool const loaded = pattern.loadFile(dir + QStringLiteral("/Line.crv"), centre, size % 2 == 0);
+    bool const loaded = pattern.loadFile(dir + "/Line.crv", centre, size % 2 == 0);
     int const curves = pattern.curveCount();
     check(loaded == (curves > 1));
     check(pattern.lastCurvePoints().empty());

@@ -5,13 +5,10 @@
 #include "products/product_import.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir,
-                              {QStringLiteral("ProductMixtures/Mixture/Mixture.ini"),
-                               QStringLiteral("Products/Product/Product.ini")},
-                              fuzz_support::split_files(data, size));
+    QString const dir = fuzz_support::input_files(
+        data, size, {"ProductMixtures/Mixture/Mixture.ini", "Products/Product/Product.ini"});
     fuzz_support::fresh_field();
-    import_product(QDir(dir + QStringLiteral("/Products/Product")));
-    import_mixture(QDir(dir + QStringLiteral("/ProductMixtures/Mixture")));
+    import_product(QDir(dir + "/Products/Product"));
+    import_mixture(QDir(dir + "/ProductMixtures/Mixture"));
     return 0;
 }

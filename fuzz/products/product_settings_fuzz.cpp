@@ -3,10 +3,8 @@
 #include "products/product_import.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir, {QStringLiteral("Products/Product/Product.ini")},
-                              {fuzz_support::whole_file(data, size)});
+    QString const dir = fuzz_support::input_files(data, size, {"Products/Product/Product.ini"});
     fuzz_support::fresh_field();
-    import_product(QDir(dir + QStringLiteral("/Products/Product")));
+    import_product(QDir(dir + "/Products/Product"));
     return 0;
 }

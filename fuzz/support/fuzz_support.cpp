@@ -23,53 +23,47 @@ void drop_routine_messages(QtMsgType type, QMessageLogContext const&, QString co
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
+[[noreturn]] void fail(char const* what, QString const& detail) {
+    std::fprintf(stderr, "fuzz: %s %s\n", what, qPrintable(detail));
+    std::abort();
+}
+
+QList<QByteArray> pieces(QByteArray const& input) {
+    QList<QByteArray> files;
+    int from = 0;
+    for (int at = input.indexOf(file_separator); at >= 0;
+         at = input.indexOf(file_separator, from)) {
+        files << input.mid(from, at - from);
+        from = at + static_cast<int>(sizeof file_separator) - 1;
+    }
+    return files << input.mid(from);
+}
+
 } // namespace
 
 QByteArray whole_file(std::uint8_t const* data, std::size_t size) {
     return QByteArray(reinterpret_cast<char const*>(data), static_cast<int>(size));
 }
 
-std::vector<QByteArray> split_files(std::uint8_t const* data, std::size_t size) {
-    QByteArray const input = whole_file(data, size);
-    QByteArray const separator(file_separator);
-    std::vector<QByteArray> files;
-    int from = 0;
-    for (int at = input.indexOf(separator); at >= 0; at = input.indexOf(separator, from)) {
-        files.push_back(input.mid(from, at - from));
-        from = at + separator.size();
-    }
-    files.push_back(input.mid(from));
-    return files;
-}
-
-QString fresh_dir() {
+QString input_files(std::uint8_t const* data, std::size_t size, QStringList const& paths) {
     static QTemporaryDir const scratch(QDir::tempPath() + QStringLiteral("/tdm-fuzz-XXXXXX"));
     static unsigned long run = 0;
-    if (!scratch.isValid()) {
-        std::fprintf(stderr, "fuzz: cannot make a scratch directory: %s\n",
-                     qPrintable(scratch.errorString()));
-        std::abort();
-    }
+    if (!scratch.isValid())
+        fail("cannot make a scratch directory:", scratch.errorString());
     QDir(QStringLiteral("%1/%2").arg(scratch.path()).arg(run)).removeRecursively();
-    QString const path = QStringLiteral("%1/%2").arg(scratch.path()).arg(++run);
-    if (!QDir().mkpath(path)) {
-        std::fprintf(stderr, "fuzz: cannot make %s\n", qPrintable(path));
-        std::abort();
-    }
-    return path;
-}
-
-void write_files(QString const& dir, QStringList const& paths,
-                 std::vector<QByteArray> const& files) {
-    for (std::size_t i = 0; i < files.size() && i < static_cast<std::size_t>(paths.size()); ++i) {
-        QString const path = QStringLiteral("%1/%2").arg(dir, paths.at(static_cast<int>(i)));
+    QString const dir = QStringLiteral("%1/%2").arg(scratch.path()).arg(++run);
+    if (!QDir().mkpath(dir))
+        fail("cannot make", dir);
+    QByteArray const input = whole_file(data, size);
+    QList<QByteArray> const files = paths.size() == 1 ? QList<QByteArray>{input} : pieces(input);
+    for (int i = 0; i < files.size() && i < paths.size(); ++i) {
+        QString const path = dir + QLatin1Char('/') + paths[i];
         QFile file(path);
         if (!QDir().mkpath(QFileInfo(path).absolutePath()) || !file.open(QIODevice::WriteOnly) ||
-            file.write(files[i]) != files[i].size()) {
-            std::fprintf(stderr, "fuzz: cannot write %s\n", qPrintable(path));
-            std::abort();
-        }
+            file.write(files[i]) != files[i].size())
+            fail("cannot write", path);
     }
+    return dir;
 }
 
 TC::Task_data::Elements::Client::Partfield fresh_field() {

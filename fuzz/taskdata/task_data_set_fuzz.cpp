@@ -21,17 +21,13 @@ void require(QString const& error, char const* step) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    QString const dir = fuzz_support::fresh_dir();
-    fuzz_support::write_files(dir,
-                              {QStringLiteral("in/TASKDATA.XML"), QStringLiteral("in/LINKLIST.XML"),
-                               QStringLiteral("in/GUIDLIST.XML"),
-                               QStringLiteral("in/CTR00001.XML")},
-                              fuzz_support::split_files(data, size));
-    QString const saved_dir = dir + QStringLiteral("/saved");
-    QString const again_dir = dir + QStringLiteral("/again");
+    QString const dir = fuzz_support::input_files(
+        data, size, {"in/TASKDATA.XML", "in/LINKLIST.XML", "in/GUIDLIST.XML", "in/CTR00001.XML"});
+    QString const saved_dir = dir + "/saved";
+    QString const again_dir = dir + "/again";
     QDir().mkpath(saved_dir);
     QDir().mkpath(again_dir);
-    if (!load_task_data(dir + QStringLiteral("/in"), saved_dir).isEmpty())
+    if (!load_task_data(dir + "/in", saved_dir).isEmpty())
         return 0;
     require(save_task_data(), "a loaded set does not save");
     require(load_task_data(saved_dir, again_dir), "a saved set does not load");

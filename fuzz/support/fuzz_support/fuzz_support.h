@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 namespace fuzz_support {
 
@@ -38,22 +37,14 @@ struct ByteReader {
 // The whole input as one file.
 QByteArray whole_file(std::uint8_t const* data, std::size_t size);
 
-// The files of an input in order, cut at every file_separator; an input
-// without one is one file.
-std::vector<QByteArray> split_files(std::uint8_t const* data, std::size_t size);
-
-// An empty directory of its own for one run, below the process's scratch
-// directory (made under /tmp on first use and removed at exit). The former
-// run's directory is removed first. Each run gets a new name: Qt caches
-// settings files by path and time, so a file rewritten at the same path
-// within the same millisecond could be read as it was.
-QString fresh_dir();
-
-// Writes `files[i]` at `dir`/`paths[i]`, making the directories on the way.
-// Names beyond the files given are not written, so an input with fewer files
-// leaves those missing.
-void write_files(QString const& dir, QStringList const& paths,
-                 std::vector<QByteArray> const& files);
+// Writes the input as the files at `paths` below an empty directory of the
+// run's own and returns that directory. One path takes the whole input;
+// several take its pieces between file_separator lines, in order, and paths
+// beyond the last piece stay missing. The former run's directory is removed
+// first, and each run gets a new name: Qt caches settings files by path and
+// time, so a file rewritten at the same path within the same millisecond
+// could be read as it was.
+QString input_files(std::uint8_t const* data, std::size_t size, QStringList const& paths);
 
 // Empties the run's store (`element_man`, with `task_data` its root) and
 // gives it one field (PFD) for the importers of a field to fill.
