@@ -2,135 +2,199 @@
 // read-only while the tool runs, the tool killed while it writes. Whatever
 // happens, OUTPUT holds the former set whole or the new one whole.
 #include "test_support/test_support.h"
-#include "tool_process.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMap>
+#include <QTemporaryFile>
 #include <QThread>
 #include <QXmlStreamReader>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 using namespace test_support;
-using namespace tool_process;
 
 namespace {
 
-QStringList const set_files = {QStringLiteral("GUIDLIST.XML"), QStringLiteral("LINKLIST.XML"),
-                               QStringLiteral("TASKDATA.XML")};
+// taskdata-migrate started in the background. Its standard output is a pipe
+// of one page that the test reads at its own pace: while the test does not
+// read, the tool stops at its next progress line. A tool still running at
+// destruction is killed.
+class BackgroundTool {
+public:
+    BackgroundTool(QStringList const& arguments, QString const& working_dir) {
+        int ends[2];
+        if (!err_.open() || ::pipe2(ends, O_CLOEXEC) != 0)
+            return;
+        ::fcntl(ends[1], F_SETPIPE_SZ, 4096);
+        pid_ = spawn(command_of(TDM_TOOL) + arguments, working_dir, ends[1], err_.handle());
+        ::close(ends[1]);
+        out_ = ends[0];
+    }
+    ~BackgroundTool() {
+        if (pid_ > 0 && ::kill(pid_, SIGKILL) == 0)
+            ::waitpid(pid_, nullptr, 0);
+        ::close(out_);
+    }
 
-QByteArray const save_error = "E: could not save taskdata\n";
+    pid_t pid() const { return pid_; }
+    // True until the tool has ended (it is not reaped here).
+    bool running() const {
+        siginfo_t info{};
+        return pid_ > 0 &&
+               ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == 0;
+    }
+    // The next line of standard output with its line end; empty at its end.
+    QByteArray read_line() {
+        QByteArray line;
+        for (char c = 0; !line.endsWith('\n') && ::read(out_, &c, 1) == 1;)
+            line += c;
+        return line;
+    }
+    // Reads standard output to its end and waits for the tool. The exit
+    // status, or minus the number of the signal that ended it.
+    int finish() {
+        if (pid_ <= 0)
+            return -1000;
+        while (!read_line().isEmpty()) {
+        }
+        int status = 0;
+        ::waitpid(pid_, &status, 0);
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+    QByteArray err() const { return read_file(err_.fileName()); }
 
-// A loaded set of `customers` customers, one field and, in its link list,
-// the field's identity.
-QByteArray customers_set(int customers) {
-    QByteArray text = "<ISO11783_TaskData VersionMajor=\"4\">";
-    for (int i = 1; i <= customers; ++i)
-        text += QStringLiteral("<CTR A=\"CTR%1\" B=\"Customer number %1\"/>").arg(i).toUtf8();
-    return text + "<PFD A=\"PFD1\" C=\"Field\" D=\"1\"/></ISO11783_TaskData>";
-}
+private:
+    pid_t pid_ = -1;
+    int out_ = -1;
+    QTemporaryFile err_;
+};
 
-QByteArray link_list(char const* element, char const* uuid) {
-    return QByteArray("<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" "
-                      "ManagementSoftwareManufacturer=\"m\" ManagementSoftwareVersion=\"1\" "
-                      "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"") +
-           element + "\" B=\"" + uuid + "\"/></LGP></ISO11783LinkList>";
-}
+// A tmpfs of `size_kib` mounted on `dir` for the life of the object; needs
+// root. `mounted` is false (with the reason in `why`) where that can't be.
+struct TmpfsMount {
+    TmpfsMount(QString const& mount_point, int size_kib) : dir(mount_point) {
+        if (::geteuid() != 0) {
+            why = "mounting a tmpfs needs root";
+            return;
+        }
+        make_dirs(dir);
+        ToolRun const mount = run_program(
+            {"mount", "-t", "tmpfs", "-o", QString("size=%1k").arg(size_kib), "tmpfs", dir}, {},
+            true);
+        mounted = mount.exit_code == 0;
+        why = "cannot mount a tmpfs here: " + QString::fromLocal8Bit(mount.out).trimmed();
+    }
+    ~TmpfsMount() {
+        if (mounted)
+            run_program({"umount", dir});
+    }
+    TmpfsMount(TmpfsMount const&) = delete;
+
+    QString dir, why;
+    bool mounted = false;
+};
+
+QString const link_head =
+    "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" "
+    "ManagementSoftwareManufacturer=\"m\" ManagementSoftwareVersion=\"1\" "
+    "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"%1\" B=\"%2\"/>"
+    "</LGP></ISO11783LinkList>";
 
 // A former complete set, as a run of another day left it.
-QMap<QString, QByteArray> write_former_set(QString const& dir) {
-    QMap<QString, QByteArray> const former = {
-        {QStringLiteral("TASKDATA.XML"),
-         "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Former\"/>"
-         "</ISO11783_TaskData>"},
-        {QStringLiteral("LINKLIST.XML"), link_list("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11")},
-        {QStringLiteral("GUIDLIST.XML"), "former guids"}};
-    for (auto file = former.begin(); file != former.end(); ++file)
-        write_file(dir + QLatin1Char('/') + file.key(), file.value());
-    return former;
+QMap<QString, QByteArray> const former = {
+    {"TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Former\"/>"
+                     "</ISO11783_TaskData>"},
+    {"LINKLIST.XML", link_head.arg("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11").toUtf8()},
+    {"GUIDLIST.XML", "former guids"}};
+
+QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
+
+QString staged_name(QString const& file, pid_t pid) {
+    return QString(".%1.%2.tmp").arg(file).arg(pid);
 }
 
-bool holds_former_set(QString const& dir, QMap<QString, QByteArray> const& former) {
-    for (auto file = former.begin(); file != former.end(); ++file)
-        if (read_file(dir + QLatin1Char('/') + file.key()) != file.value())
-            return false;
-    return true;
-}
-
-class SaveFaults : public ::testing::Test {
+class SaveFaults : public DisplayTree {
 protected:
-    ScratchDir scratch;
-    QString data() const { return scratch.file(QStringLiteral("data")); }
-    QString out() const { return scratch.file(QStringLiteral("out")); }
+    QString out(QString const& file = QString()) const { return scratch.file("out/" + file); }
+    QStringList out_files() const { return QDir(out()).entryList(QDir::Files | QDir::Hidden); }
 
-    // Something to import: `fields` empty fields, each a progress line.
-    void make_fields(int fields) {
-        for (int i = 0; i < fields; ++i)
-            make_dirs(QStringLiteral("%1/Clients/Client/Farm/Field %2").arg(data()).arg(i));
+    // `customers` customers to load, one field to import, the former set in
+    // OUTPUT.
+    void prepare(int customers) {
+        QByteArray elements;
+        for (int i = 1; i <= customers; ++i)
+            elements += QString("<CTR A=\"CTR%1\" B=\"Customer number %1\"/>").arg(i).toUtf8();
+        load(elements + "<PFD A=\"PFD1\" C=\"Field\" D=\"1\"/>");
+        make_dirs(field(""));
+        write_former_set();
+    }
+    void write_former_set() const {
+        for (auto file = former.begin(); file != former.end(); ++file)
+            write_file(out(file.key()), file.value());
+    }
+    bool holds_former_set() const {
+        for (auto file = former.begin(); file != former.end(); ++file)
+            if (read_file(out(file.key())) != file.value())
+                return false;
+        return true;
+    }
+    void expect_save_failed(int exit_code, QByteArray const& err) const {
+        EXPECT_EQ(exit_code, 1);
+        EXPECT_TRUE(err.endsWith("E: could not save taskdata\n")) << err.constData();
+        EXPECT_TRUE(holds_former_set());
+        EXPECT_EQ(out_files(), set_files);
     }
 };
 
 } // namespace
 
 TEST_F(SaveFaults, FileSizeLimitFailsTheSaveInsteadOfKillingTheTool) {
-    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"), customers_set(3000));
-    make_fields(1);
-    QMap<QString, QByteArray> const former = write_former_set(out());
-
+    prepare(3000);
     // No trap here: the tool itself must not die of SIGXFSZ.
     ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(), "ulimit -f 64");
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_TRUE(run.err.endsWith(save_error)) << run.err.constData();
-    EXPECT_TRUE(holds_former_set(out(), former));
-    EXPECT_EQ(file_names(out()), set_files);
+    expect_save_failed(run.exit_code, run.err);
 }
 
 TEST_F(SaveFaults, FullDiskFailsTheSaveAndKeepsTheFormerSet) {
     TmpfsMount const disk(out(), 128);
-    if (!disk.mounted())
-        GTEST_SKIP() << "needs a small file system of its own: " << disk.why().toStdString();
-    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"), customers_set(10000));
-    make_fields(1);
-    QMap<QString, QByteArray> const former = write_former_set(out());
-
+    if (!disk.mounted)
+        GTEST_SKIP() << "needs a small file system of its own: " << disk.why.toStdString();
+    prepare(10000);
     ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path());
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_TRUE(run.err.endsWith(save_error)) << run.err.constData();
-    EXPECT_TRUE(holds_former_set(out(), former));
-    EXPECT_EQ(file_names(out()), set_files);
+    expect_save_failed(run.exit_code, run.err);
 }
 
 TEST_F(SaveFaults, OutputMadeReadOnlyWhileTheToolRunsFailsTheSave) {
     bool const root = ::geteuid() == 0;
     // Root writes through any mode: its OUTPUT is a file system that is
     // remounted read-only.
-    TmpfsMount disk(root ? out() : QString(), 1024);
-    if (root && !disk.mounted())
-        GTEST_SKIP() << "as root, needs a file system to remount: " << disk.why().toStdString();
-    write_file(data() + QStringLiteral("/taskdata/TASKDATA.XML"), customers_set(10));
+    TmpfsMount const disk(root ? out() : QString(), 1024);
+    if (root && !disk.mounted)
+        GTEST_SKIP() << "as root, needs a file system to remount: " << disk.why.toStdString();
+    prepare(10);
     // Far more progress than the pipe holds: the tool cannot reach the save
     // before the test has read it all.
-    make_fields(2000);
-    QMap<QString, QByteArray> const former = write_former_set(out());
+    for (int i = 0; i < 2000; ++i)
+        make_dirs(data(QString("Clients/Client/Farm/Field %1").arg(i)));
 
     BackgroundTool tool({"-p", "-O", "out", "data"}, scratch.path());
     // The set is loaded from DATADIR/taskdata, and OUTPUT not yet written.
-    ASSERT_EQ(tool.read_line(), QByteArray("P: 0%\n"));
+    ASSERT_EQ(tool.read_line(), "P: 0%\n");
     if (root)
-        ASSERT_TRUE(disk.remount_read_only());
+        ASSERT_EQ(run_program({"mount", "-o", "remount,ro", out()}).exit_code, 0);
     else
         ASSERT_TRUE(QFile::setPermissions(out(), QFile::ReadOwner | QFile::ExeOwner));
-
-    EXPECT_EQ(tool.finish(), 1);
-    EXPECT_TRUE(tool.err().endsWith(save_error)) << tool.err().constData();
-    EXPECT_TRUE(holds_former_set(out(), former));
-    EXPECT_EQ(file_names(out()), set_files);
-    if (!root)
-        QFile::setPermissions(out(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    int const status = tool.finish();
+    expect_save_failed(status, tool.err());
 }
 
 namespace {
@@ -138,16 +202,15 @@ namespace {
 // One field with a boundary of `points` points, its identity in the link
 // list: a set whose save takes a while.
 void write_long_set(QString const& dir, int points) {
-    QFile file(dir + QStringLiteral("/TASKDATA.XML"));
+    QFile file(dir + "/TASKDATA.XML");
     QDir().mkpath(dir);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("<ISO11783_TaskData VersionMajor=\"4\">\n<PFD A=\"PFD1\" C=\"Field\" D=\"1\">"
                "<PLN A=\"1\"><LSG A=\"1\">\n");
     QByteArray chunk;
     for (int i = 0; i < points; ++i) {
-        chunk += QStringLiteral("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n")
-                     .arg(i, 9, 10, QLatin1Char('0'))
-                     .toLatin1();
+        chunk +=
+            QString("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n").arg(i, 9, 10, QChar('0')).toLatin1();
         if (chunk.size() > (1 << 20)) {
             file.write(chunk);
             chunk.clear();
@@ -155,16 +218,16 @@ void write_long_set(QString const& dir, int points) {
     }
     file.write(chunk + "</LSG></PLN></PFD></ISO11783_TaskData>\n");
     file.close();
-    write_file(dir + QStringLiteral("/LINKLIST.XML"),
-               link_list("PFD1", "9b2f6f0e-8a51-4f7e-a1c4-6d3e2b1a0f77"));
+    write_file(dir + "/LINKLIST.XML",
+               link_head.arg("PFD1", "9b2f6f0e-8a51-4f7e-a1c4-6d3e2b1a0f77").toUtf8());
 }
 
 // The new set whole: TASKDATA.XML well-formed with every point, and each
-// link naming an element of it.
+// link naming an element of it. Read as a stream, for it is large.
 QString new_set_fault(QString const& dir, int points) {
-    QFile file(dir + QStringLiteral("/TASKDATA.XML"));
+    QFile file(dir + "/TASKDATA.XML");
     if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("no TASKDATA.XML");
+        return "no TASKDATA.XML";
     QXmlStreamReader xml(&file);
     int found = 0;
     QStringList ids;
@@ -172,92 +235,77 @@ QString new_set_fault(QString const& dir, int points) {
         if (xml.readNext() == QXmlStreamReader::StartElement) {
             found += xml.name() == QLatin1String("PNT");
             if (xml.name() == QLatin1String("PFD") || xml.name() == QLatin1String("CTR"))
-                ids << xml.attributes().value(QLatin1String("A")).toString();
+                ids << xml.attributes().value("A").toString();
         }
     if (xml.hasError())
-        return QStringLiteral("TASKDATA.XML: ") + xml.errorString();
+        return "TASKDATA.XML: " + xml.errorString();
     if (found != points)
-        return QStringLiteral("%1 points of %2").arg(found).arg(points);
-    XmlElement const links = read_xml(dir + QStringLiteral("/LINKLIST.XML"));
-    if (links.all(QStringLiteral("LNK")).isEmpty())
-        return QStringLiteral("LINKLIST.XML holds no link");
-    for (XmlElement const& link : links.all(QStringLiteral("LNK")))
-        if (!ids.contains(link.attribute(QStringLiteral("A"))))
-            return QStringLiteral("LINKLIST.XML names %1, which TASKDATA.XML lacks")
-                .arg(link.attribute(QStringLiteral("A")));
+        return QString("%1 points of %2").arg(found).arg(points);
+    QStringList const links = read_xml(dir + "/LINKLIST.XML").values("LNK", "A");
+    if (links.isEmpty())
+        return "LINKLIST.XML holds no link";
+    for (QString const& link : links)
+        if (!ids.contains(link))
+            return QString("LINKLIST.XML names %1, which TASKDATA.XML lacks").arg(link);
     return QString();
-}
-
-QString staged_name(QString const& file, pid_t pid) {
-    return QStringLiteral(".%1.%2.tmp").arg(file).arg(pid);
 }
 
 } // namespace
 
 TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime) {
     int const points = 1500000;
-    write_long_set(data() + QStringLiteral("/taskdata"), points);
-    make_fields(1);
-    QMap<QString, QByteArray> const former = write_former_set(out());
+    write_long_set(data("taskdata"), points);
+    make_dirs(field(""));
+    write_former_set();
 
     // How long a save takes, from its first staged file to the end.
     qint64 save_ms = 0;
     {
-        QString const reference = scratch.file(QStringLiteral("reference"));
         BackgroundTool tool({"-O", "reference", "data"}, scratch.path());
-        QString const staged =
-            reference + QLatin1Char('/') + staged_name("TASKDATA.XML", tool.pid());
+        QString const staged = scratch.file("reference/" + staged_name("TASKDATA.XML", tool.pid()));
         while (!file_exists(staged) && tool.running())
             QThread::usleep(100);
         QElapsedTimer timer;
         timer.start();
         ASSERT_EQ(tool.finish(), 0) << tool.err().constData();
         save_ms = std::max<qint64>(timer.elapsed(), 1);
-        ASSERT_EQ(new_set_fault(reference, points), QString());
+        ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
     }
 
     // Killed while TASKDATA.XML is being staged, at moments spread over the
-    // save, and just as the last staged file appears, before the renames.
-    struct Moment {
-        char const* watched; // the staged file whose appearance starts the clock
-        double fraction;     // of the measured save time
-    };
-    QList<Moment> const moments = {{"TASKDATA.XML", 0.0}, {"TASKDATA.XML", 0.2},
-                                   {"TASKDATA.XML", 0.5}, {"TASKDATA.XML", 0.8},
-                                   {"TASKDATA.XML", 1.0}, {"LINKLIST.XML", 0.0},
-                                   {"GUIDLIST.XML", 0.0}, {"GUIDLIST.XML", 0.05}};
+    // save, and just as the last staged file appears, before the renames:
+    // the staged file whose appearance starts the clock, and the fraction of
+    // the measured save time after it.
+    std::pair<char const*, double> const moments[] = {
+        {"TASKDATA.XML", 0.0}, {"TASKDATA.XML", 0.2}, {"TASKDATA.XML", 0.5},
+        {"TASKDATA.XML", 0.8}, {"TASKDATA.XML", 1.0}, {"LINKLIST.XML", 0.0},
+        {"GUIDLIST.XML", 0.0}, {"GUIDLIST.XML", 0.05}};
     int left_over = 0;
-    for (Moment const& moment : moments) {
-        SCOPED_TRACE(QStringLiteral("%1 + %2 of %3 ms")
-                         .arg(moment.watched)
-                         .arg(moment.fraction)
-                         .arg(save_ms)
-                         .toStdString());
+    for (auto const& [watched, fraction] : moments) {
+        SCOPED_TRACE(
+            QString("%1 + %2 of %3 ms").arg(watched).arg(fraction).arg(save_ms).toStdString());
         BackgroundTool tool({"-O", "out", "data"}, scratch.path());
-        QString const staged = out() + QLatin1Char('/') + staged_name(moment.watched, tool.pid());
+        QString const staged = out(staged_name(watched, tool.pid()));
         while (!file_exists(staged) && tool.running())
             QThread::usleep(100);
-        QThread::usleep(static_cast<unsigned long>(moment.fraction * save_ms * 1000));
+        QThread::usleep(static_cast<unsigned long>(fraction * save_ms * 1000));
         ::kill(tool.pid(), SIGKILL);
         tool.finish();
 
-        for (QString const& name : file_names(out()))
-            left_over += name.endsWith(QLatin1String(".tmp"));
-        if (!holds_former_set(out(), former)) {
+        left_over += out_files().filter(".tmp").size();
+        if (!holds_former_set()) {
             EXPECT_EQ(new_set_fault(out(), points), QString())
                 << "neither the former set nor a whole new one";
-            write_former_set(out()); // for the moments after
+            write_former_set(); // for the moments after
         }
     }
     EXPECT_GT(left_over, 0) << "no kill left a staged file; the moments missed the save";
 
     // A save that still runs elsewhere keeps its staged file: this test's
     // own process stands for it.
-    QString const alive = out() + QLatin1Char('/') + staged_name("TASKDATA.XML", ::getpid());
-    write_file(alive, "in progress");
-    ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path());
-    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
+    QString const alive = staged_name("TASKDATA.XML", ::getpid());
+    write_file(out(alive), "in progress");
+    run();
     EXPECT_EQ(new_set_fault(out(), points), QString());
-    EXPECT_EQ(file_names(out()),
-              QStringList({staged_name("TASKDATA.XML", ::getpid())}) + set_files);
+    EXPECT_EQ(out_files(), QStringList(alive) + set_files);
 }

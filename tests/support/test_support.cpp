@@ -4,18 +4,17 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
+#include <QThread>
 #include <QXmlStreamReader>
 #include <QtEndian>
 
 #include <algorithm>
 #include <chrono>
-#include <vector>
 
-#include <cerrno>
 #include <csignal>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -23,19 +22,17 @@
 
 extern char** environ;
 
-#include <gtest/gtest.h>
-
 namespace test_support {
 
 ScratchDir::ScratchDir() {
-    QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/tdm-test-XXXXXX"));
+    QTemporaryDir dir(QDir::tempPath() + "/tdm-test-XXXXXX");
     dir.setAutoRemove(false);
     path_ = dir.path();
 }
 
 ScratchDir::~ScratchDir() {
     // Tests may leave read-only or odd entries behind; make them removable.
-    run_program({QStringLiteral("chmod"), QStringLiteral("-R"), QStringLiteral("u+rwx"), path_});
+    run_program({"chmod", "-R", "u+rwx", path_});
     QDir(path_).removeRecursively();
 }
 
@@ -44,10 +41,7 @@ void make_dirs(QString const& path) {
 }
 
 void write_file(QString const& path, QByteArray const& content) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
-    file.write(content);
+    write_raw_file(QFile::encodeName(path), content);
 }
 
 void write_raw_file(QByteArray const& path, QByteArray const& content) {
@@ -62,9 +56,7 @@ void write_raw_file(QByteArray const& path, QByteArray const& content) {
 
 QByteArray read_file(QString const& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 bool file_exists(QString const& path) {
@@ -89,98 +81,70 @@ QByteArray point_file(double latitude, double longitude, double height,
 // The children are started with posix_spawn rather than QProcess: QProcess
 // starts them through a clone that returns a pidfd, which qemu's user-mode
 // emulation, where the tests of an arm64 build run, does not provide.
-ToolRun run_program(QStringList const& command, QString const& working_dir, bool merge_channels) {
-    ToolRun run;
-    std::vector<QByteArray> storage;
+pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, int err_fd) {
+    std::vector<QByteArray> words;
     for (QString const& word : command)
-        storage.push_back(QFile::encodeName(word));
+        words.push_back(QFile::encodeName(word));
     std::vector<char*> argv;
-    for (QByteArray& word : storage)
+    for (QByteArray& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
-
-    int out_pipe[2];
-    int err_pipe[2];
-    if (::pipe2(out_pipe, O_CLOEXEC) != 0)
-        return run;
-    if (::pipe2(err_pipe, O_CLOEXEC) != 0) {
-        ::close(out_pipe[0]);
-        ::close(out_pipe[1]);
-        return run;
-    }
+    QByteArray const dir = QFile::encodeName(working_dir);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, out_pipe[1], 1);
-    posix_spawn_file_actions_adddup2(&actions, merge_channels ? out_pipe[1] : err_pipe[1], 2);
-    QByteArray const dir = QFile::encodeName(working_dir);
+    posix_spawn_file_actions_adddup2(&actions, out_fd, 1);
+    posix_spawn_file_actions_adddup2(&actions, err_fd, 2);
     if (!working_dir.isEmpty())
         posix_spawn_file_actions_addchdir_np(&actions, dir.constData());
-    pid_t pid = 0;
-    bool const started = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0;
+    pid_t pid = -1;
+    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
+        pid = -1;
     posix_spawn_file_actions_destroy(&actions);
-    ::close(out_pipe[1]);
-    ::close(err_pipe[1]);
+    return pid;
+}
 
-    // Both pipes are drained together, so that a child that fills one while
-    // the other is read cannot stall.
-    auto const deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-    pollfd fds[2] = {{out_pipe[0], POLLIN, 0}, {err_pipe[0], POLLIN, 0}};
-    QByteArray* sinks[2] = {&run.out, &run.err};
-    bool timed_out = false;
-    while (started && (fds[0].fd >= 0 || fds[1].fd >= 0)) {
-        auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
-            timed_out = true;
-            break;
-        }
-        if (::poll(fds, 2, static_cast<int>(left.count())) < 0 && errno != EINTR)
-            break;
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0)
-                continue;
-            char buffer[65536];
-            ssize_t const got = ::read(fds[i].fd, buffer, sizeof buffer);
-            if (got > 0) {
-                sinks[i]->append(buffer, static_cast<int>(got));
-            } else if (got == 0 || errno != EINTR) {
-                ::close(fds[i].fd);
-                fds[i].fd = -1;
-            }
-        }
-    }
-    for (pollfd const& fd : fds)
-        if (fd.fd >= 0)
-            ::close(fd.fd);
-    if (!started)
+// The output goes to files, which never fill up and stall the child as a
+// pipe that nobody reads would.
+ToolRun run_program(QStringList const& command, QString const& working_dir, bool merge_channels) {
+    ToolRun run;
+    QTemporaryFile out, err;
+    if (!out.open() || !err.open())
         return run;
-    if (timed_out) {
-        ADD_FAILURE() << command.join(QLatin1Char(' ')).toStdString() << " did not finish";
-        ::kill(pid, SIGKILL);
+    pid_t const pid =
+        spawn(command, working_dir, out.handle(), (merge_channels ? out : err).handle());
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    int status = -1; // neither exited nor signalled
+    while (pid > 0 && ::waitpid(pid, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ADD_FAILURE() << command.join(' ').toStdString() << " did not finish";
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, nullptr, 0);
+            status = -1;
+            break;
+        }
+        QThread::usleep(500);
     }
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (!timed_out && WIFEXITED(status))
+    run.out = read_file(out.fileName());
+    run.err = read_file(err.fileName());
+    if (WIFEXITED(status))
         run.exit_code = WEXITSTATUS(status);
     return run;
 }
 
 QStringList command_of(QString const& program) {
-    QStringList command = QStringLiteral(TDM_EMULATOR).split(QLatin1Char(' '));
-    command.removeAll(QString());
-    command.append(program);
-    return command;
+    QStringList command = QString(TDM_EMULATOR).split(' ', Qt::SkipEmptyParts);
+    return command << program;
 }
 
 ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
                  QString const& shell_prefix) {
-    if (shell_prefix.isEmpty())
-        return run_program(command_of(QStringLiteral(TDM_TOOL)) + arguments, working_dir);
+    QStringList const tool = command_of(TDM_TOOL) + arguments;
     // The snippet sees the command as "$0" "$@".
-    QStringList const shell = {QStringLiteral("bash"), QStringLiteral("-c"),
-                               shell_prefix + QStringLiteral("; exec \"$0\" \"$@\"")};
-    return run_program(shell + command_of(QStringLiteral(TDM_TOOL)) + arguments, working_dir);
+    return run_program(shell_prefix.isEmpty()
+                           ? tool
+                           : QStringList{"bash", "-c", shell_prefix + "; exec \"$0\" \"$@\""} +
+                                 tool,
+                       working_dir);
 }
 
 QString XmlElement::attribute(QString const& name) const {
@@ -191,10 +155,8 @@ QString XmlElement::attribute(QString const& name) const {
 }
 
 bool XmlElement::has_attribute(QString const& name) const {
-    for (auto const& attribute : attributes)
-        if (attribute.first == name)
-            return true;
-    return false;
+    return std::any_of(attributes.begin(), attributes.end(),
+                       [&](auto const& attribute) { return attribute.first == name; });
 }
 
 QList<XmlElement> XmlElement::all(QString const& wanted) const {
@@ -205,6 +167,23 @@ QList<XmlElement> XmlElement::all(QString const& wanted) const {
         found.append(child.all(wanted));
     }
     return found;
+}
+
+QStringList XmlElement::values(QString const& wanted, QString const& attribute) const {
+    QStringList found;
+    for (XmlElement const& element : all(wanted))
+        found << element.attribute(attribute);
+    return found;
+}
+
+XmlElement XmlElement::find(QString const& wanted, QString const& attribute,
+                            QString const& value) const {
+    for (XmlElement const& element : all(wanted))
+        if (element.attribute(attribute) == value)
+            return element;
+    ADD_FAILURE() << "no " << wanted.toStdString() << " with " << attribute.toStdString() << " "
+                  << value.toStdString();
+    return XmlElement();
 }
 
 XmlElement read_xml(QString const& path) {
@@ -236,40 +215,38 @@ XmlElement read_xml(QString const& path) {
     if (xml.hasError())
         ADD_FAILURE() << path.toStdString() << ":" << xml.lineNumber() << ": "
                       << xml.errorString().toStdString();
-    return document.children.isEmpty() ? XmlElement() : document.children.first();
+    return document.children.value(0);
 }
 
 namespace {
 
 QString describe(XmlElement const& element) {
-    QString text = QLatin1Char('<') + element.tag;
+    QString text = '<' + element.tag;
     for (auto const& attribute : element.attributes)
-        text += QStringLiteral(" %1=\"%2\"").arg(attribute.first, attribute.second);
-    return text + QLatin1Char('>');
+        text += QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
+    return text + '>';
 }
 
 QString difference_at(XmlElement const& expected, XmlElement const& actual, QString const& path) {
-    QString const here = path + QLatin1Char('/') + expected.tag;
+    QString const here = path + '/' + expected.tag;
     auto sorted = [](XmlElement const& element) {
         auto attributes = element.attributes;
         std::sort(attributes.begin(), attributes.end());
         return attributes;
     };
     if (expected.tag != actual.tag || sorted(expected) != sorted(actual))
-        return QStringLiteral("at %1:\n  expected %2\n  actual   %3")
+        return QString("at %1:\n  expected %2\n  actual   %3")
             .arg(here, describe(expected), describe(actual));
     if (expected.children.size() != actual.children.size())
-        return QStringLiteral("at %1: expected %2 children, found %3")
+        return QString("at %1: expected %2 children, found %3")
             .arg(here)
             .arg(expected.children.size())
             .arg(actual.children.size());
-    for (int i = 0; i < expected.children.size(); ++i) {
-        QString const found = difference_at(expected.children[i], actual.children[i],
-                                            here + QStringLiteral("[%1]").arg(i));
-        if (!found.isEmpty())
-            return found;
-    }
-    return QString();
+    QString found;
+    for (int i = 0; i < expected.children.size() && found.isEmpty(); ++i)
+        found =
+            difference_at(expected.children[i], actual.children[i], here + QString("[%1]").arg(i));
+    return found;
 }
 
 } // namespace
@@ -279,23 +256,22 @@ QString difference(XmlElement const& expected, XmlElement const& actual) {
 }
 
 QString shared_dir() {
-    QString const dir = QStringLiteral(TDM_SHARED_DIR);
-    return QFileInfo(dir + QStringLiteral("/isoxml/xsd")).exists() ? dir : QString();
+    QString const dir = TDM_SHARED_DIR;
+    return QFileInfo::exists(dir + "/isoxml/xsd") ? dir : QString();
 }
 
 QString validate_set(QString const& dir, bool& valid) {
-    ToolRun const run = run_program(
-        {shared_dir() + QStringLiteral("/tools/validate-taskdata"), dir}, QString(), true);
+    ToolRun const run = run_program({shared_dir() + "/tools/validate-taskdata", dir}, {}, true);
     valid = run.exit_code == 0;
     return QString::fromUtf8(run.out);
 }
 
 QString DisplayTree::data(QString const& relative) const {
-    return scratch.file(QStringLiteral("data/") + relative);
+    return scratch.file("data/" + relative);
 }
 
 QString DisplayTree::field(QString const& relative, QString const& name) const {
-    return data(QStringLiteral("Clients/Client/Farm/%1/%2").arg(name, relative));
+    return data(QString("Clients/Client/Farm/%1/%2").arg(name, relative));
 }
 
 void DisplayTree::write(QString const& relative, QByteArray const& content) const {
@@ -303,15 +279,13 @@ void DisplayTree::write(QString const& relative, QByteArray const& content) cons
 }
 
 void DisplayTree::load(QByteArray const& elements) const {
-    write(QStringLiteral("taskdata/TASKDATA.XML"),
-          "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" + elements +
-              "</ISO11783_TaskData>");
+    write("taskdata/TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" +
+                                       elements + "</ISO11783_TaskData>");
 }
 
 void DisplayTree::load_saved() const {
-    for (char const* name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
-        write(QStringLiteral("taskdata/") + name,
-              read_file(scratch.file(QStringLiteral("out/") + name)));
+    for (QString const name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
+        write("taskdata/" + name, read_file(scratch.file("out/" + name)));
 }
 
 ToolRun DisplayTree::run(QStringList const& options) const {
@@ -321,7 +295,7 @@ ToolRun DisplayTree::run(QStringList const& options) const {
 }
 
 XmlElement DisplayTree::saved() const {
-    return read_xml(scratch.file(QStringLiteral("out/TASKDATA.XML")));
+    return read_xml(scratch.file("out/TASKDATA.XML"));
 }
 
 QList<XmlElement> DisplayTree::saved(QString const& tag, QString const& attribute,
@@ -335,11 +309,10 @@ QList<XmlElement> DisplayTree::saved(QString const& tag, QString const& attribut
 
 QHash<QString, QUuid> DisplayTree::identities() const {
     QHash<QString, QUuid> result;
-    QString const path = scratch.file(QStringLiteral("out/LINKLIST.XML"));
+    QString const path = scratch.file("out/LINKLIST.XML");
     if (!read_file(path).isEmpty())
-        for (XmlElement const& link : read_xml(path).all(QStringLiteral("LNK")))
-            result.insert(link.attribute(QStringLiteral("A")),
-                          QUuid(link.attribute(QStringLiteral("B"))));
+        for (XmlElement const& link : read_xml(path).all("LNK"))
+            result.insert(link.attribute("A"), QUuid(link.attribute("B")));
     return result;
 }
 
@@ -347,7 +320,7 @@ void DisplayTree::expect_valid_set() const {
     if (shared_dir().isEmpty())
         return;
     bool valid = false;
-    QString const report = validate_set(scratch.file(QStringLiteral("out")), valid);
+    QString const report = validate_set(scratch.file("out"), valid);
     EXPECT_TRUE(valid) << report.toStdString();
 }
 

@@ -12,10 +12,11 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <ostream>
 #include <utility>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace test_support {
 
@@ -51,9 +52,13 @@ struct ToolRun {
     QByteArray err;
 };
 
-// Runs `command` (a program, found on PATH, and its arguments) in `working_dir`
-// to its end, or kills it after two minutes; with `merge_channels`, standard
-// error goes into `out` too.
+// Starts `command` (a program, found on PATH, and its arguments) in
+// `working_dir` with standard output and error on the descriptors given; the
+// process id, or -1 where it did not start.
+pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, int err_fd);
+
+// Runs `command` in `working_dir` to its end, or kills it after two minutes;
+// with `merge_channels`, standard error goes into `out` too.
 ToolRun run_program(QStringList const& command, QString const& working_dir = QString(),
                     bool merge_channels = false);
 
@@ -77,6 +82,11 @@ struct XmlElement {
     QString attribute(QString const& name) const; // empty when absent
     bool has_attribute(QString const& name) const;
     QList<XmlElement> all(QString const& tag) const; // descendants, document order
+    // The `attribute` of every descendant `tag`, in document order.
+    QStringList values(QString const& tag, QString const& attribute) const;
+    // The first descendant `tag` whose `attribute` is `value`; a failure and
+    // an empty element when there is none.
+    XmlElement find(QString const& tag, QString const& attribute, QString const& value) const;
 };
 
 // Parses a whole XML file; fails the current test on malformed XML.
