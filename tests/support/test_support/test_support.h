@@ -2,18 +2,12 @@
 // Helpers shared by the tests: scratch trees in temporary directories, the
 // real tool run as a child process, and written XML read back as a tree.
 
-#include <QByteArray>
 #include <QHash>
-#include <QList>
-#include <QPair>
-#include <QString>
 #include <QStringList>
 #include <QUuid>
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-#include <utility>
 #include <vector>
 
 #include <sys/types.h>
@@ -109,11 +103,17 @@ QString validate_set(QString const& dir, bool& valid);
 class DisplayTree : public ::testing::Test {
 protected:
     // A path below data, e.g. "Products/Seed/Seed.ini".
-    QString data(QString const& relative = QString()) const;
+    QString data(QString const& relative = QString()) const {
+        return scratch.file("data/" + relative);
+    }
     // A path below the directory of a field of the one farm
     // (data/Clients/Client/Farm/<name>).
-    QString field(QString const& relative, QString const& name = QStringLiteral("Field")) const;
-    void write(QString const& relative, QByteArray const& content) const;
+    QString field(QString const& relative, QString const& name = "Field") const {
+        return data("Clients/Client/Farm/" + name + '/' + relative);
+    }
+    void write(QString const& relative, QByteArray const& content) const {
+        write_file(data(relative), content);
+    }
     // A set in data/taskdata for the tool to load, from its elements.
     void load(QByteArray const& elements) const;
     // The set of the last run becomes the one the next run loads.
@@ -122,7 +122,7 @@ protected:
     // The tool on data with `options`, writing into out; a failure unless it
     // ends with status 0.
     ToolRun run(QStringList const& options = {}) const;
-    XmlElement saved() const; // out/TASKDATA.XML
+    XmlElement saved() const { return read_xml(scratch.file("out/TASKDATA.XML")); }
     // The saved elements `tag` whose `attribute` is `value`, in document order.
     QList<XmlElement> saved(QString const& tag, QString const& attribute,
                             QString const& value) const;
