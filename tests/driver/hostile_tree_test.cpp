@@ -5,10 +5,7 @@
 // what it could read, and writes nothing outside OUTPUT.
 #include "test_support/test_support.h"
 
-#include <QDateTime>
-#include <QDirIterator>
 #include <QFile>
-#include <QMap>
 #include <QStandardPaths>
 
 #include <unistd.h>
@@ -22,6 +19,9 @@ namespace {
 QByteArray const ab_line = "State=2\n[APoint]\nLatitude=52.1\nLongitude=13.2\n"
                            "[BPoint]\nLatitude=52.2\nLongitude=13.3\n";
 QByteArray const flag = "7\n1\n52.5\n13.25\n4\nStone\n";
+// Path, size and modification time of every entry outside OUTPUT.
+QStringList const listing = {"find",   ".",  "-path",   "./out",
+                             "-prune", "-o", "-printf", "%p %s %T@\n"};
 
 // A .crv or .bdy file of `points` points in a zigzag.
 QByteArray points(int count) {
@@ -46,21 +46,6 @@ QStringList summary(XmlElement const& field) {
 class HostileTree : public DisplayTree {
 protected:
     QString client(QString const& relative) const { return data("Clients/" + relative); }
-    // Size and modification time of every entry outside OUTPUT.
-    QMap<QString, QString> snapshot() const {
-        QMap<QString, QString> entries;
-        QDirIterator it(scratch.path(),
-                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext())
-            if (!(it.next() + '/').startsWith(scratch.file("out/")))
-                entries.insert(it.filePath(),
-                               QString("%1 bytes, modified %2")
-                                   .arg(it.fileInfo().size())
-                                   .arg(it.fileInfo().lastModified().toMSecsSinceEpoch()));
-        return entries;
-    }
-
     // Runs the tool (with `shell_prefix`) beside a good field, a boundary, a
     // flag, an AB line and a curve, and checks what every hostile run must
     // give: status 0, standard error `warnings`, a well-formed set (valid
@@ -74,11 +59,11 @@ protected:
         write("Clients/Good/Farm/Good field/Curves/Curve/Curve.ini", "");
         write("Clients/Good/Farm/Good field/Curves/Curve/Curve.crv", points(3));
         make_dirs(scratch.file("out"));
-        QMap<QString, QString> const before = snapshot();
+        QByteArray const before = run_program(listing, scratch.path()).out;
         ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(), shell_prefix);
         EXPECT_EQ(run.exit_code, 0);
         EXPECT_EQ(run.err, warnings);
-        EXPECT_EQ(snapshot(), before) << "written outside OUTPUT";
+        EXPECT_EQ(run_program(listing, scratch.path()).out, before) << "written outside OUTPUT";
         XmlElement const set = saved();
         // The boundary's four vertices closed, the AB line's two points,
         // the curve's three, and the flag: eleven points.

@@ -5,10 +5,8 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QMap>
 #include <QTemporaryFile>
-#include <QThread>
 #include <QXmlStreamReader>
 
 #include <csignal>
@@ -22,60 +20,61 @@ using namespace test_support;
 
 namespace {
 
+QString staged_name(QString const& file, pid_t pid) {
+    return QString(".%1.%2.tmp").arg(file).arg(pid);
+}
+
 // taskdata-migrate started in the background. Its standard output is a pipe
 // of one page that the test reads at its own pace: while the test does not
 // read, the tool stops at its next progress line. A tool still running at
 // destruction is killed.
-class BackgroundTool {
-public:
+struct BackgroundTool {
     BackgroundTool(QStringList const& arguments, QString const& working_dir) {
         int ends[2];
-        if (!err_.open() || ::pipe2(ends, O_CLOEXEC) != 0)
+        if (!err.open() || ::pipe2(ends, O_CLOEXEC) != 0)
             return;
         ::fcntl(ends[1], F_SETPIPE_SZ, 4096);
-        pid_ = spawn(command_of(TDM_TOOL) + arguments, working_dir, ends[1], err_.handle());
+        pid = spawn(command_of(TDM_TOOL) + arguments, working_dir, ends[1], err.handle());
         ::close(ends[1]);
-        out_ = ends[0];
+        out = ends[0];
     }
     ~BackgroundTool() {
-        if (pid_ > 0 && ::kill(pid_, SIGKILL) == 0)
-            ::waitpid(pid_, nullptr, 0);
-        ::close(out_);
+        if (pid > 0 && ::kill(pid, SIGKILL) == 0)
+            ::waitpid(pid, nullptr, 0);
+        ::close(out);
     }
-
-    pid_t pid() const { return pid_; }
-    // True until the tool has ended (it is not reaped here).
-    bool running() const {
+    // Until the staged `file` appears in `dir`, or the tool ends (it is not
+    // reaped here).
+    void wait_for_staged(QString const& dir, QString const& file) const {
         siginfo_t info{};
-        return pid_ > 0 &&
-               ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-               info.si_pid == 0;
+        while (!file_exists(dir + '/' + staged_name(file, pid)) &&
+               ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == 0)
+            ::usleep(100);
     }
     // The next line of standard output with its line end; empty at its end.
     QByteArray read_line() {
         QByteArray line;
-        for (char c = 0; !line.endsWith('\n') && ::read(out_, &c, 1) == 1;)
+        for (char c = 0; !line.endsWith('\n') && ::read(out, &c, 1) == 1;)
             line += c;
         return line;
     }
     // Reads standard output to its end and waits for the tool. The exit
     // status, or minus the number of the signal that ended it.
     int finish() {
-        if (pid_ <= 0)
+        if (pid <= 0)
             return -1000;
         while (!read_line().isEmpty()) {
         }
         int status = 0;
-        ::waitpid(pid_, &status, 0);
-        pid_ = -1;
+        ::waitpid(pid, &status, 0);
+        pid = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
-    QByteArray err() const { return read_file(err_.fileName()); }
 
-private:
-    pid_t pid_ = -1;
-    int out_ = -1;
-    QTemporaryFile err_;
+    pid_t pid = -1;
+    int out = -1;
+    QTemporaryFile err;
 };
 
 // A tmpfs of `size_kib` mounted on `dir` for the life of the object; needs
@@ -117,10 +116,6 @@ QMap<QString, QByteArray> const former = {
     {"GUIDLIST.XML", "former guids"}};
 
 QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
-
-QString staged_name(QString const& file, pid_t pid) {
-    return QString(".%1.%2.tmp").arg(file).arg(pid);
-}
 
 class SaveFaults : public DisplayTree {
 protected:
@@ -194,67 +189,45 @@ TEST_F(SaveFaults, OutputMadeReadOnlyWhileTheToolRunsFailsTheSave) {
     else
         ASSERT_TRUE(QFile::setPermissions(out(), QFile::ReadOwner | QFile::ExeOwner));
     int const status = tool.finish();
-    expect_save_failed(status, tool.err());
+    expect_save_failed(status, read_file(tool.err.fileName()));
 }
 
 namespace {
 
-// One field with a boundary of `points` points, its identity in the link
-// list: a set whose save takes a while.
-void write_long_set(QString const& dir, int points) {
-    QFile file(dir + "/TASKDATA.XML");
-    QDir().mkpath(dir);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("<ISO11783_TaskData VersionMajor=\"4\">\n<PFD A=\"PFD1\" C=\"Field\" D=\"1\">"
-               "<PLN A=\"1\"><LSG A=\"1\">\n");
-    QByteArray chunk;
-    for (int i = 0; i < points; ++i) {
-        chunk +=
-            QString("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n").arg(i, 9, 10, QChar('0')).toLatin1();
-        if (chunk.size() > (1 << 20)) {
-            file.write(chunk);
-            chunk.clear();
-        }
-    }
-    file.write(chunk + "</LSG></PLN></PFD></ISO11783_TaskData>\n");
-    file.close();
-    write_file(dir + "/LINKLIST.XML",
-               link_head.arg("PFD1", "9b2f6f0e-8a51-4f7e-a1c4-6d3e2b1a0f77").toUtf8());
-}
-
 // The new set whole: TASKDATA.XML well-formed with every point, and each
-// link naming an element of it. Read as a stream, for it is large.
+// link naming an element of it.
 QString new_set_fault(QString const& dir, int points) {
-    QFile file(dir + "/TASKDATA.XML");
-    if (!file.open(QIODevice::ReadOnly))
-        return "no TASKDATA.XML";
-    QXmlStreamReader xml(&file);
-    int found = 0;
-    QStringList ids;
+    QByteArray const set = read_file(dir + "/TASKDATA.XML");
+    QXmlStreamReader xml(set);
     while (!xml.atEnd())
-        if (xml.readNext() == QXmlStreamReader::StartElement) {
-            found += xml.name() == QLatin1String("PNT");
-            if (xml.name() == QLatin1String("PFD") || xml.name() == QLatin1String("CTR"))
-                ids << xml.attributes().value("A").toString();
-        }
-    if (xml.hasError())
-        return "TASKDATA.XML: " + xml.errorString();
-    if (found != points)
-        return QString("%1 points of %2").arg(found).arg(points);
+        xml.readNext();
     QStringList const links = read_xml(dir + "/LINKLIST.XML").values("LNK", "A");
-    if (links.isEmpty())
-        return "LINKLIST.XML holds no link";
+    if (xml.hasError() || set.count("<PNT ") != points || links.isEmpty())
+        return QString("%1 points of %2 (%3), %4 links")
+            .arg(set.count("<PNT "))
+            .arg(points)
+            .arg(xml.errorString())
+            .arg(links.size());
     for (QString const& link : links)
-        if (!ids.contains(link))
-            return QString("LINKLIST.XML names %1, which TASKDATA.XML lacks").arg(link);
+        if (!set.contains("A=\"" + link.toUtf8() + '"'))
+            return "LINKLIST.XML names " + link + ", which TASKDATA.XML lacks";
     return QString();
 }
 
 } // namespace
 
 TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime) {
+    // One field with a boundary of many points, its identity in the link
+    // list: a set whose save takes a while.
     int const points = 1500000;
-    write_long_set(data("taskdata"), points);
+    QByteArray boundary;
+    for (int i = 0; i < points; ++i)
+        boundary +=
+            QString("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n").arg(i, 9, 10, QChar('0')).toLatin1();
+    load("<PFD A=\"PFD1\" C=\"Field\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + boundary +
+         "</LSG></PLN></PFD>");
+    write("taskdata/LINKLIST.XML",
+          link_head.arg("PFD1", "9b2f6f0e-8a51-4f7e-a1c4-6d3e2b1a0f77").toUtf8());
     make_dirs(field(""));
     write_former_set();
 
@@ -262,12 +235,10 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
     qint64 save_ms = 0;
     {
         BackgroundTool tool({"-O", "reference", "data"}, scratch.path());
-        QString const staged = scratch.file("reference/" + staged_name("TASKDATA.XML", tool.pid()));
-        while (!file_exists(staged) && tool.running())
-            QThread::usleep(100);
+        tool.wait_for_staged(scratch.file("reference"), "TASKDATA.XML");
         QElapsedTimer timer;
         timer.start();
-        ASSERT_EQ(tool.finish(), 0) << tool.err().constData();
+        ASSERT_EQ(tool.finish(), 0) << read_file(tool.err.fileName()).constData();
         save_ms = std::max<qint64>(timer.elapsed(), 1);
         ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
     }
@@ -285,11 +256,9 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
         SCOPED_TRACE(
             QString("%1 + %2 of %3 ms").arg(watched).arg(fraction).arg(save_ms).toStdString());
         BackgroundTool tool({"-O", "out", "data"}, scratch.path());
-        QString const staged = out(staged_name(watched, tool.pid()));
-        while (!file_exists(staged) && tool.running())
-            QThread::usleep(100);
-        QThread::usleep(static_cast<unsigned long>(fraction * save_ms * 1000));
-        ::kill(tool.pid(), SIGKILL);
+        tool.wait_for_staged(out(), watched);
+        ::usleep(static_cast<useconds_t>(fraction * save_ms * 1000));
+        ::kill(tool.pid, SIGKILL);
         tool.finish();
 
         left_over += out_files().filter(".tmp").size();
