@@ -30,10 +30,8 @@ TEST_F(CommandLine, BadCommandLinesPrintUsageAndCreateNothing) {
     for (QString const line : {"", "-p", "-p -m", "data -p", "data more", "-O", "-O out", "-x data",
                                "- data", "-- data", "-P data", "-o out data"}) {
         SCOPED_TRACE(line.toStdString());
-        ToolRun const run = tool(line.split(' ', Qt::SkipEmptyParts));
-        EXPECT_EQ(run.exit_code, 1);
-        EXPECT_EQ(run.err, "usage: " TDM_TOOL " [-p] [-m] [-O OUTPUT] DATADIR\n");
-        EXPECT_TRUE(run.out.isEmpty());
+        EXPECT_EQ(tool(line.split(' ', Qt::SkipEmptyParts)).outcome(),
+                  "1 |  | usage: " TDM_TOOL " [-p] [-m] [-O OUTPUT] DATADIR\n");
         EXPECT_EQ(QDir(scratch.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                   QStringList{"data"});
     }
@@ -43,11 +41,9 @@ TEST_F(CommandLine, OptionsComeInAnyOrderRepeatAndOnlyTheirSecondByteCounts) {
     make_dirs(field(""));
     // "-pxyz" is -p; the replaced -O value is never used; "-Ofoo out" takes
     // "out" and drops "foo".
-    ToolRun const run =
-        tool({"-pxyz", "-m", "-s", "-O", "elsewhere", "-p", "-Ofoo", "out", "-m", "data"});
-    EXPECT_EQ(run.exit_code, 0) << run.err.constData();
-    EXPECT_EQ(run.out, "P: 0%\n\nP: 100%\n\n");
-    EXPECT_TRUE(run.err.isEmpty());
+    EXPECT_EQ(tool({"-pxyz", "-m", "-s", "-O", "elsewhere", "-p", "-Ofoo", "out", "-m", "data"})
+                  .outcome(),
+              "0 | P: 0%\n\nP: 100%\n\n | ");
     EXPECT_EQ(saved().all("PFD").size(), 1);
     EXPECT_EQ(QDir(scratch.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
               QStringList({"data", "out"}));
@@ -63,12 +59,8 @@ TEST_F(CommandLine, NothingToImportEndsQuietlyAfterTheTemplateCutTheFormerSet) {
     write_file(scratch.file("LINKLIST.XML"), "old links");
     write_file(scratch.file("GUIDLIST.XML"), "old guids");
     // A missing DATADIR is no error either.
-    for (QStringList const& arguments : {QStringList{"-p", "data"}, {"-O", "out", "no such dir"}}) {
-        ToolRun const run = tool(arguments);
-        EXPECT_EQ(run.exit_code, 0);
-        EXPECT_TRUE(run.out.isEmpty());
-        EXPECT_TRUE(run.err.isEmpty());
-    }
+    for (QStringList const& arguments : {QStringList{"-p", "data"}, {"-O", "out", "no such dir"}})
+        EXPECT_EQ(tool(arguments).outcome(), "0 |  | ");
     EXPECT_EQ(read_file(scratch.file("TASKDATA.XML")), template_bytes);
     EXPECT_TRUE(read_file(scratch.file("LINKLIST.XML")).isEmpty());
     EXPECT_TRUE(read_file(scratch.file("GUIDLIST.XML")).isEmpty());
@@ -80,9 +72,7 @@ TEST_F(CommandLine, NothingToImportEndsQuietlyAfterTheTemplateCutTheFormerSet) {
 TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnoredAndMayBeSavedInPlace) {
     write("Products/Seed/Seed.ini", "[Default]\nType=0\n");
     auto customers_after = [&](QStringList const& options, QString const& out) {
-        ToolRun const run = tool(options + QStringList{"-O", out, "data"});
-        EXPECT_EQ(run.exit_code, 0) << run.err.constData();
-        EXPECT_EQ(run.out + run.err, "");
+        EXPECT_EQ(tool(options + QStringList{"-O", out, "data"}).outcome(), "0 |  | ");
         return read_xml(scratch.file(out + "/TASKDATA.XML")).values("CTR", "B");
     };
     write("taskdata/TASKDATA.xml", set_of("lower"));
@@ -110,9 +100,8 @@ TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnoredAndMayBeSavedInPlace) {
 TEST_F(CommandLine, LoadAndOutputErrorsEndTheRunWithTheirMessage) {
     make_dirs(field(""));
     write_file(scratch.file("plain file"), "x");
-    ToolRun const blocked = tool({"-O", "plain file/out", "data"});
-    EXPECT_EQ(blocked.exit_code, 1);
-    EXPECT_EQ(blocked.err, "E: could not create directory plain file/out\n");
+    EXPECT_EQ(tool({"-O", "plain file/out", "data"}).outcome(),
+              "1 |  | E: could not create directory plain file/out\n");
 
     // The reasons of the store's refusals are its suite's; here, the message
     // of the tool around them.

@@ -53,16 +53,16 @@ protected:
     // changed outside OUTPUT. Returns the set.
     XmlElement run_and_check(QByteArray const& warnings, bool validate,
                              QString const& shell_prefix = QString()) {
-        write("Clients/Good/Farm/Good field/Boundaries/edge.bdy", points(4));
-        write("Clients/Good/Farm/Good field/flagpoints.ini", flag);
-        write("Clients/Good/Farm/Good field/ABLines/AB/AB.ini", ab_line);
-        write("Clients/Good/Farm/Good field/Curves/Curve/Curve.ini", "");
-        write("Clients/Good/Farm/Good field/Curves/Curve/Curve.crv", points(3));
+        QString const good = "Clients/Good/Farm/Good field/";
+        write(good + "Boundaries/edge.bdy", points(4));
+        write(good + "flagpoints.ini", flag);
+        write(good + "ABLines/AB/AB.ini", ab_line);
+        write(good + "Curves/Curve/Curve.ini", "");
+        write(good + "Curves/Curve/Curve.crv", points(3));
         make_dirs(scratch.file("out"));
         QByteArray const before = run_program(listing, scratch.path()).out;
-        ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(), shell_prefix);
-        EXPECT_EQ(run.exit_code, 0);
-        EXPECT_EQ(run.err, warnings);
+        EXPECT_EQ(run_tool({"-O", "out", "data"}, scratch.path(), shell_prefix).outcome(),
+                  "0 |  | " + warnings);
         EXPECT_EQ(run_program(listing, scratch.path()).out, before) << "written outside OUTPUT";
         XmlElement const set = saved();
         // The boundary's four vertices closed, the AB line's two points,
@@ -95,24 +95,22 @@ TEST_F(HostileTree, MarkupNamesMisplacedEntriesAndGiganticFiles) {
                                          QByteArray(4000, 'n') +
                                          "\n52.7\n13.27\n6\n\xff\xfe\xc3(\n");
 
-    write("Clients/A file as client", "x");
-    write("Clients/C/A file as farm", "x");
-    for (char const* file : {"Boundaries", "Zones", "ABLines"})
-        write("Clients/C/F/Field/" + QString(file), "x");
-    for (char const* dir : {"Field/flagpoints.ini", "Field/Curves/C/C.crv", "Field/Curves/D/D.ini",
-                            "Other/Boundaries/dir.bdy"})
-        make_dirs(client("C/F/" + QString(dir)));
-    write("Clients/C/F/Field/Curves/C/C.ini", "");
+    // Files where directories belong and the reverse, empty files.
+    for (QString const file : {"A file as client", "C/A file as farm", "C/F/Field/Boundaries",
+                               "C/F/Field/Zones", "C/F/Field/ABLines"})
+        write("Clients/" + file, "x");
+    for (QString const dir : {"C/F/Field/flagpoints.ini", "C/F/Field/Curves/C/C.crv",
+                              "C/F/Field/Curves/D/D.ini", "C/F/Other/Boundaries/dir.bdy"})
+        make_dirs(client(dir));
+    for (QString const file :
+         {"C/F/Field/Curves/C/C.ini", "C/F/Other/Boundaries/empty.bdy", "C/F/Other/Curves/E/E.ini",
+          "C/F/Other/Curves/E/E.crv", "Big/Farm/Huge/Curves/Huge/Huge.ini"})
+        write("Clients/" + file, "");
     write("Clients/C/F/Field/Curves/D/D.crv", points(3));
-    write("Clients/C/F/Other/Boundaries/empty.bdy", "");
-    write("Clients/C/F/Other/Curves/E/E.ini", "");
-    write("Clients/C/F/Other/Curves/E/E.crv", "");
     make_dirs(data("Products/P/P.ini"));
     write("ProductMixtures", "x");
-
-    write("Clients/Big/Farm/Huge/Curves/Huge/Huge.ini", "");
     for (char const* file : {"Boundaries/huge.bdy", "Curves/Huge/Huge.crv"}) {
-        write("Clients/Big/Farm/Huge/" + QString(file), points(0));
+        write(QString("Clients/Big/Farm/Huge/") + file, points(0));
         ASSERT_TRUE(QFile(client("Big/Farm/Huge/") + file).resize(1 << 30)); // sparse: no disk
     }
 
@@ -175,10 +173,9 @@ TEST_F(HostileTree, NamesThatAreNotUtf8ArriveDecodedAsWindows1252) {
         warnings += "W: name is not UTF-8, read as Windows-1252: \"" + name.toUtf8() + "\"\n";
     QStringList products;
     for (QStringList const& options : {QStringList(), QStringList{"-m"}}) {
-        ToolRun const run =
-            run_tool(options + QStringList{"-O", "data/taskdata", "data"}, scratch.path());
-        EXPECT_EQ(run.exit_code, 0);
-        EXPECT_EQ(run.err, warnings);
+        EXPECT_EQ(run_tool(options + QStringList{"-O", "data/taskdata", "data"}, scratch.path())
+                      .outcome(),
+                  "0 |  | " + warnings);
         XmlElement const set = read_xml(data("taskdata/TASKDATA.XML"));
         EXPECT_EQ(set.values("CTR", "B") + set.values("FRM", "B") + set.values("PFD", "C"),
                   QStringList({names[0], "M\u0105dry", names[1], names[2]}));
@@ -210,10 +207,12 @@ TEST_F(HostileTree, UnreadableFilesAndDirectories) {
     write(field + "ABLines/L/L.ini", ab_line);
     write("Clients/Locked/Farm/Closed/ABLines/L/L.ini", ab_line);
     write("Products/P/P.ini", "[Default]\nType=0\n");
-    for (QString const& path : {field + "flagpoints.ini", field + "Boundaries",
-                                field + "Curves/C/C.crv", field + "ABLines/L/L.ini",
-                                QString("Clients/Locked/Farm/Closed"), QString("Products/P/P.ini")})
-        ASSERT_TRUE(QFile::setPermissions(data(path), {})) << path.toStdString();
+    ASSERT_EQ(run_program({"chmod", "000", field + "flagpoints.ini", field + "Boundaries",
+                           field + "Curves/C/C.crv", field + "ABLines/L/L.ini",
+                           "Clients/Locked/Farm/Closed", "Products/P/P.ini"},
+                          data())
+                  .exit_code,
+              0);
     // As root, the scratch directory is opened to nobody, who runs the tool.
     QString const prefix = root
                                ? QString("chmod a+rx . && chmod a+rwx out && exec %1 --reuid=65534 "

@@ -44,6 +44,8 @@ struct ToolRun {
     int exit_code = -1; // -1 where the program did not start or did not end by itself
     QByteArray out;
     QByteArray err;
+    // All three in one line, to compare at once.
+    QByteArray outcome() const { return QByteArray::number(exit_code) + " | " + out + " | " + err; }
 };
 
 // Starts `command` (a program, found on PATH, and its arguments) in
