@@ -12,9 +12,11 @@ using namespace test_support;
 
 namespace {
 
-QByteArray const root_start = "<ISO11783_TaskData VersionMajor=\"4\">";
-QByteArray const root_end = "</ISO11783_TaskData>";
-QByteArray const former = root_start + "<CTR A=\"CTR1\" B=\"Former\"/>" + root_end;
+QByteArray set(QByteArray const& elements) {
+    return "<ISO11783_TaskData VersionMajor=\"4\">" + elements + "</ISO11783_TaskData>";
+}
+
+QByteArray const former = set("<CTR A=\"CTR1\" B=\"Former\"/>");
 
 // Ten times more text at every level: a few hundred bytes that would
 // expand to gigabytes.
@@ -28,8 +30,8 @@ QByteArray entity_bomb(QByteArray const& root, QByteArray const& body) {
 
 // One field whose boundary holds the points given.
 QByteArray with_points(QByteArray const& points) {
-    return root_start + "<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + points +
-           "</LSG></PLN></PFD>" + root_end;
+    return set("<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + points +
+               "</LSG></PLN></PFD>");
 }
 
 class HostileSet : public DisplayTree {
@@ -68,46 +70,42 @@ protected:
 } // namespace
 
 TEST_F(HostileSet, EntityBombsAndExternalEntitiesAreRefused) {
-    expect_refused(
-        entity_bomb("ISO11783_TaskData", root_start + "<CTR A=\"CTR1\" B=\"&l9;\"/>" + root_end),
-        "TASKDATA.XML:13:2: document type declarations are refused");
-    expect_refused(root_start + root_end,
-                   "LINKLIST.XML:13:2: document type declarations are refused",
+    expect_refused(entity_bomb("ISO11783_TaskData", set("<CTR A=\"CTR1\" B=\"&l9;\"/>")),
+                   "TASKDATA.XML:13:2: document type declarations are refused");
+    expect_refused(set(""), "LINKLIST.XML:13:2: document type declarations are refused",
                    entity_bomb("ISO11783LinkList",
                                "<ISO11783LinkList VersionMajor=\"4\"><LGP A=\"LGP1\" B=\"1\">"
                                "<LNK A=\"CTR1\" B=\"&l9;\"/></LGP></ISO11783LinkList>"));
     for (char const* reference :
          {"<CTR A=\"CTR1\" B=\"&x;\"/>", "<CTR A=\"CTR1\" B=\"x\">&x;</CTR>"})
         expect_refused("<!DOCTYPE ISO11783_TaskData [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>" +
-                           root_start + reference + root_end,
+                           set(reference),
                        "document type declarations are refused");
 }
 
 TEST_F(HostileSet, DeepNestingAndHugeValuesAreRefusedWithTheirPlace) {
-    expect_refused(root_start + QByteArray("<CTR>").repeated(100000) +
-                       QByteArray("</CTR>").repeated(100000) + root_end,
-                   "elements nested too deeply");
+    expect_refused(
+        set(QByteArray("<CTR>").repeated(100000) + QByteArray("</CTR>").repeated(100000)),
+        "elements nested too deeply");
     // Longer than any value of the standard: named with its element and
     // place, the element's end (column 17 + 1048577 + 9), also as a point
     // among plain ones.
     expect_refused(
-        root_start + "\n<PFD A=\"PFD1\" C=\"" + QByteArray((1 << 20) + 1, 'x') + "\" D=\"1\"/>" +
-            root_end,
+        set("\n<PFD A=\"PFD1\" C=\"" + QByteArray((1 << 20) + 1, 'x') + "\" D=\"1\"/>"),
         "TASKDATA.XML:2:1048603: attribute C of <PFD> is longer than 1048576 characters");
     expect_refused(with_points("\n<PNT A=\"2\" C=\"1\" D=\"1\"/>\n<PNT A=\"2\" C=\"" +
                                QByteArray((1 << 20) + 1, '1') + "\" D=\"1\"/>\n"),
                    "attribute C of <PNT>");
     // So long that the reader must not even hold it: 200 MB.
-    expect_refused(root_start + "\n<CTR A=\"CTR1\" B=\"" + QByteArray(200000000, 'x') + "\"/>" +
-                       root_end,
+    expect_refused(set("\n<CTR A=\"CTR1\" B=\"" + QByteArray(200000000, 'x') + "\"/>"),
                    "tag or text longer than 64 MiB");
 }
 
 TEST_F(HostileSet, TextThatIsNotInItsDeclaredEncodingIsRefused) {
-    QByteArray const body = root_start + "<CTR A=\"CTR1\" B=\"M\xc3\xbcller\"/>" + root_end;
+    QByteArray const body = set("<CTR A=\"CTR1\" B=\"M\xc3\xbcller\"/>");
     expect_refused("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + body, "TASKDATA.XML:1:");
-    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + root_start +
-                       "<CTR A=\"CTR1\" B=\"M\xfcller\"/>" + root_end,
+    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
+                       set("<CTR A=\"CTR1\" B=\"M\xfcller\"/>"),
                    "Encountered incorrectly encoded content");
     // Invalid bytes inside a run of plain points, which the reader does not
     // tokenise itself.
@@ -141,5 +139,5 @@ TEST_F(HostileSet, NulBytesInAnAttributeNameAreRefusedNotSavedAsADuplicate) {
          "TASKDATA.XML:2:57: Expected '=', but got ':'."},
     };
     for (auto const& [line, reason] : cases)
-        expect_refused(root_start + "\n" + line + root_end, reason);
+        expect_refused(set("\n" + line), reason);
 }
