@@ -199,41 +199,28 @@ XmlElement read_xml(QString const& path) {
     return document.children.value(0);
 }
 
-namespace {
-
-QString describe(XmlElement const& element) {
-    QString text = '<' + element.tag;
-    for (auto const& attribute : element.attributes)
-        text += QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
-    return text + '>';
+// One line per element in document order, indented by its depth, with its
+// attributes sorted.
+static QStringList lines_of(XmlElement const& element, QString const& indent = QString()) {
+    auto attributes = element.attributes;
+    std::sort(attributes.begin(), attributes.end());
+    QString line = indent + '<' + element.tag;
+    for (auto const& attribute : attributes)
+        line += QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
+    QStringList lines{line + '>'};
+    for (XmlElement const& child : element.children)
+        lines += lines_of(child, indent + "  ");
+    return lines;
 }
-
-QString difference_at(XmlElement const& expected, XmlElement const& actual, QString const& path) {
-    QString const here = path + '/' + expected.tag;
-    auto sorted = [](XmlElement const& element) {
-        auto attributes = element.attributes;
-        std::sort(attributes.begin(), attributes.end());
-        return attributes;
-    };
-    if (expected.tag != actual.tag || sorted(expected) != sorted(actual))
-        return QString("at %1:\n  expected %2\n  actual   %3")
-            .arg(here, describe(expected), describe(actual));
-    if (expected.children.size() != actual.children.size())
-        return QString("at %1: expected %2 children, found %3")
-            .arg(here)
-            .arg(expected.children.size())
-            .arg(actual.children.size());
-    QString found;
-    for (int i = 0; i < expected.children.size() && found.isEmpty(); ++i)
-        found =
-            difference_at(expected.children[i], actual.children[i], here + QString("[%1]").arg(i));
-    return found;
-}
-
-} // namespace
 
 QString difference(XmlElement const& expected, XmlElement const& actual) {
-    return difference_at(expected, actual, QString());
+    QStringList const want = lines_of(expected), got = lines_of(actual);
+    for (int i = 0; i < std::max(want.size(), got.size()); ++i)
+        if (want.value(i) != got.value(i))
+            return QString("at element %1:\n  expected %2\n  actual   %3")
+                .arg(i)
+                .arg(want.value(i), got.value(i));
+    return QString();
 }
 
 QString shared_dir() {
