@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QMap>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
@@ -104,13 +103,10 @@ QString const link_head =
     "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"%1\" B=\"%2\"/>"
     "</LGP></ISO11783LinkList>";
 
-// A former complete set, as a run of another day left it.
-QMap<QString, QByteArray> const former = {
-    {"TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Former\"/>"
-                     "</ISO11783_TaskData>"},
-    {"LINKLIST.XML", link_head.arg("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11").toUtf8()},
-    {"GUIDLIST.XML", "former guids"}};
-
+QByteArray const former_set =
+    "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Former\"/></ISO11783_TaskData>";
+QByteArray const former_links =
+    link_head.arg("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11").toUtf8();
 QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
 
 class SaveFaults : public DisplayTree {
@@ -128,15 +124,16 @@ protected:
         make_dirs(field(""));
         write_former_set();
     }
+    // A former complete set, as a run of another day left it.
     void write_former_set() const {
-        for (auto file = former.begin(); file != former.end(); ++file)
-            write_file(out(file.key()), file.value());
+        write_file(out("TASKDATA.XML"), former_set);
+        write_file(out("LINKLIST.XML"), former_links);
+        write_file(out("GUIDLIST.XML"), "former guids");
     }
     bool holds_former_set() const {
-        for (auto file = former.begin(); file != former.end(); ++file)
-            if (read_file(out(file.key())) != file.value())
-                return false;
-        return true;
+        return read_file(out("TASKDATA.XML")) == former_set &&
+               read_file(out("LINKLIST.XML")) == former_links &&
+               read_file(out("GUIDLIST.XML")) == "former guids";
     }
     void expect_save_failed(ToolRun const& run) const {
         EXPECT_EQ(run.exit_code, 1);
