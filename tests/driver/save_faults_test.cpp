@@ -59,13 +59,12 @@ struct BackgroundTool {
         return line;
     }
     // Reads standard output to its end and waits for the tool. The exit
-    // status, or minus the number of the signal that ended it.
+    // status, or minus the number of the signal that ended it (-127 where
+    // the tool did not start).
     int finish() {
-        if (pid <= 0)
-            return -1000;
         while (!read_line().isEmpty()) {
         }
-        int status = 0;
+        int status = -1; // neither exited nor signalled, where the tool did not start
         ::waitpid(pid, &status, 0);
         pid = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
