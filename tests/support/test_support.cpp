@@ -170,33 +170,33 @@ XmlElement XmlElement::find(QString const& wanted, QString const& attribute,
     return XmlElement();
 }
 
+// The element at the reader's start tag, read to its end tag.
+static XmlElement element_at(QXmlStreamReader& xml) {
+    XmlElement element{xml.qualifiedName().toString(), {}, {}, {}};
+    for (auto const& attribute : xml.attributes())
+        element.attributes.append(
+            {attribute.qualifiedName().toString(), attribute.value().toString()});
+    while (xml.readNext() != QXmlStreamReader::EndElement && !xml.hasError())
+        if (xml.isStartElement())
+            element.children.append(element_at(xml));
+        else if (xml.isCharacters())
+            element.text += xml.text();
+    return element;
+}
+
 XmlElement read_xml(QString const& path) {
     // A file that cannot be opened reads as an empty one, a failure too.
     QFile file(path);
     file.open(QIODevice::ReadOnly);
-    XmlElement document;
     QXmlStreamReader xml(&file);
     xml.setNamespaceProcessing(false);
-    QList<XmlElement*> stack{&document};
-    while (!xml.atEnd()) {
+    XmlElement const root = xml.readNextStartElement() ? element_at(xml) : XmlElement();
+    while (!xml.atEnd())
         xml.readNext();
-        if (xml.isStartElement()) {
-            XmlElement element{xml.qualifiedName().toString(), {}, {}, {}};
-            for (auto const& attribute : xml.attributes())
-                element.attributes.append(
-                    {attribute.qualifiedName().toString(), attribute.value().toString()});
-            stack.last()->children.append(element);
-            stack.append(&stack.last()->children.last());
-        } else if (xml.isEndElement()) {
-            stack.removeLast();
-        } else if (xml.isCharacters()) {
-            stack.last()->text += xml.text();
-        }
-    }
     if (xml.hasError())
         ADD_FAILURE() << path.toStdString() << ":" << xml.lineNumber() << ": "
                       << xml.errorString().toStdString();
-    return document.children.value(0);
+    return root;
 }
 
 // One line per element in document order, indented by its depth, with its
