@@ -21,7 +21,6 @@ namespace {
 
 QByteArray const ab_line = "State=2\n[APoint]\nLatitude=52.1\nLongitude=13.2\n"
                            "[BPoint]\nLatitude=52.2\nLongitude=13.3\n";
-QByteArray const flag = "7\n1\n52.5\n13.25\n4\nStone\n";
 // Path, size and modification time of every entry outside OUTPUT.
 QStringList const listing = {"find",   ".",  "-path",   "./out",
                              "-prune", "-o", "-printf", "%p %s %T@\n"};
@@ -42,19 +41,21 @@ QByteArray zigzag(int count) {
 class HostileTree : public DisplayTree {
 protected:
     QString client(QString const& relative) const { return data("Clients/" + relative); }
-    // Runs the tool (with `shell_prefix`) beside a good field, a boundary, a
-    // flag, an AB line and a curve, and checks what every hostile run must
-    // give: status 0, standard error `warnings`, a well-formed set (valid
-    // too, with `validate`) holding the good field whole, and nothing
-    // changed outside OUTPUT. Returns the set.
-    XmlElement run_and_check(QByteArray const& warnings, bool validate,
-                             QString const& shell_prefix = QString()) {
-        QString const dir = "Clients/Good/Farm/Good field/";
+    // A field below DATADIR with a boundary, a flag, an AB line and a curve.
+    void write_field(QString const& dir) const {
         write(dir + "Boundaries/edge.bdy", zigzag(4));
-        write(dir + "flagpoints.ini", flag);
+        write(dir + "flagpoints.ini", "7\n1\n52.5\n13.25\n4\nStone\n");
         write(dir + "ABLines/AB/AB.ini", ab_line);
         write(dir + "Curves/Curve/Curve.ini", "");
         write(dir + "Curves/Curve/Curve.crv", zigzag(3));
+    }
+    // Runs the tool (with `shell_prefix`) beside a good field, and checks what every hostile run
+    // must give: status 0, standard error `warnings`, a well-formed set (valid too, with
+    // `validate`) holding the good field whole, and nothing changed outside OUTPUT. Returns the
+    // set.
+    XmlElement run_and_check(QByteArray const& warnings, bool validate,
+                             QString const& shell_prefix = QString()) {
+        write_field("Clients/Good/Farm/Good field/");
         make_dirs(scratch.file("out"));
         QByteArray const before = run_program(listing, scratch.path()).out;
         EXPECT_EQ(run_tool({"-O", "out", "data"}, scratch.path(), shell_prefix).outcome(),
@@ -400,15 +401,11 @@ TEST_F(HostileTree, UnreadableFilesAndDirectories) {
         GTEST_SKIP() << "running as root, and without setpriv there is no unprivileged user "
                         "for whom chmod 000 means anything";
     QString const field = "Clients/Locked/Farm/Field/";
-    write(field + "flagpoints.ini", flag);
-    write(field + "Boundaries/ring.bdy", zigzag(4));
-    write(field + "Curves/C/C.ini", "");
-    write(field + "Curves/C/C.crv", zigzag(3));
-    write(field + "ABLines/L/L.ini", ab_line);
+    write_field(field);
     write("Clients/Locked/Farm/Closed/ABLines/L/L.ini", ab_line);
     write("Products/P/P.ini", "[Default]\nType=0\n");
     ASSERT_EQ(run_program({"chmod", "000", field + "flagpoints.ini", field + "Boundaries",
-                           field + "Curves/C/C.crv", field + "ABLines/L/L.ini",
+                           field + "Curves/Curve/Curve.crv", field + "ABLines/AB/AB.ini",
                            "Clients/Locked/Farm/Closed", "Products/P/P.ini"},
                           data())
                   .exit_code,
