@@ -134,10 +134,6 @@ protected:
     }
 };
 
-QString staged_name(QString const& file, pid_t pid) {
-    return QString(".%1.%2.tmp").arg(file).arg(pid);
-}
-
 // taskdata-migrate started in the background. Its standard output is a pipe
 // of one page that the test reads at its own pace: while the test does not
 // read, the tool stops at its next progress line. A tool still running at
@@ -157,11 +153,11 @@ struct BackgroundTool {
             ::waitpid(pid, nullptr, 0);
         ::close(out);
     }
-    // Until the staged `file` appears in `dir`, or the tool ends (it is not
+    // Until the tool's staged `file` appears in `dir`, or the tool ends (it is not
     // reaped here).
     void wait_for_staged(QString const& dir, QString const& file) const {
         siginfo_t info{};
-        while (!file_exists(dir + '/' + staged_name(file, pid)) &&
+        while (!file_exists(QString("%1/.%2.%3.tmp").arg(dir, file).arg(pid)) &&
                ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
                info.si_pid == 0)
             ::usleep(100);
@@ -589,7 +585,7 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
 
     // A save that still runs elsewhere keeps its staged file: this test's
     // own process stands for it.
-    QString const alive = staged_name("TASKDATA.XML", ::getpid());
+    QString const alive = QString(".TASKDATA.XML.%1.tmp").arg(::getpid());
     write_file(out(alive), "in progress");
     run();
     EXPECT_EQ(new_set_fault(out(), points), QString());
