@@ -25,7 +25,9 @@ protected:
 
 } // namespace
 
-TEST_F(CommandLine, BadCommandLinesPrintUsageAndCreateNothing) {
+// Bad command lines print the usage and create nothing; options come in any
+// order, repeat, and only their second byte counts.
+TEST_F(CommandLine, BadCommandLinesPrintUsageAndOptionsAreReadByTheirSecondByte) {
     make_dirs(field(""));
     for (QString const line : {"", "-p", "-p -m", "data -p", "data more", "-O", "-O out", "-x data",
                                "- data", "-- data", "-P data", "-o out data"}) {
@@ -35,10 +37,6 @@ TEST_F(CommandLine, BadCommandLinesPrintUsageAndCreateNothing) {
         EXPECT_EQ(QDir(scratch.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                   QStringList{"data"});
     }
-}
-
-TEST_F(CommandLine, OptionsComeInAnyOrderRepeatAndOnlyTheirSecondByteCounts) {
-    make_dirs(field(""));
     // "-pxyz" is -p; the replaced -O value is never used; "-Ofoo out" takes
     // "out" and drops "foo".
     EXPECT_EQ(tool({"-pxyz", "-m", "-s", "-O", "elsewhere", "-p", "-Ofoo", "out", "-m", "data"})
@@ -67,8 +65,9 @@ TEST_F(CommandLine, NothingToImportEndsQuietlyAfterTheTemplateCutTheFormerSet) {
 }
 
 // DATADIR/taskdata/TASKDATA.XML is loaded, or TASKDATA.xml where that is
-// missing, unless -s; no run prints anything without -p.
-TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnoredAndMayBeSavedInPlace) {
+// missing, unless -s; no run prints anything without -p. A set that cannot
+// be read, and an OUTPUT that cannot be made, end the run with a message.
+TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnoredOrUnreadable) {
     write("Products/Seed/Seed.ini", "[Default]\nType=0\n");
     auto customers_after = [&](QStringList const& options, QString const& out) {
         EXPECT_EQ(tool(options + QStringList{"-O", out, "data"}).outcome(), "0 |  | ");
@@ -94,10 +93,7 @@ TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnoredAndMayBeSavedInPlace) {
     EXPECT_EQ(read_file(data("taskdata/TEST0001.BIN")), "binary");
     EXPECT_EQ(QDir(data("taskdata")).entryList(QDir::Files | QDir::Hidden),
               QStringList({"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML", "TEST0001.BIN"}));
-}
 
-TEST_F(CommandLine, LoadAndOutputErrorsEndTheRunWithTheirMessage) {
-    make_dirs(field(""));
     write_file(scratch.file("plain file"), "x");
     EXPECT_EQ(tool({"-O", "plain file/out", "data"}).outcome(),
               "1 |  | E: could not create directory plain file/out\n");
