@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QLineF>
 #include <QMap>
 #include <QPointF>
 #include <QStandardPaths>
@@ -92,11 +93,6 @@ std::vector<Polyline> polylines(QString data) {
     return result;
 }
 
-// The title of a drawn element, its first child.
-QString title_of(XmlElement const& element) {
-    return element.children.value(0).text;
-}
-
 // Coordinates are written to a tenth of a pixel, here a few centimetres.
 double const close = 0.02;
 
@@ -105,10 +101,8 @@ void expect_lines(std::vector<Polyline> const& expected, std::vector<Polyline> c
     for (std::size_t l = 0; l < expected.size(); ++l) {
         ASSERT_EQ(actual[l].size(), expected[l].size()) << "line " << l;
         for (std::size_t p = 0; p < expected[l].size(); ++p)
-            EXPECT_TRUE(std::abs(actual[l][p].x() - expected[l][p].x()) <= close &&
-                        std::abs(actual[l][p].y() - expected[l][p].y()) <= close)
-                << "line " << l << " point " << p << ": " << actual[l][p].x() << " "
-                << actual[l][p].y();
+            EXPECT_LE(QLineF(actual[l][p], expected[l][p]).length(), close)
+                << "line " << l << " point " << p;
     }
 }
 
@@ -127,19 +121,19 @@ TEST_F(PreviewPage, DrawsEachElementInThePlaneOfItsField) {
     XmlElement const panel = page.find("div", "id", "f1");
 
     // The lines of every path, and the centres of the circles of every
-    // group, by class and title.
+    // group, by class and title (the first child of what it names).
     QMap<QString, std::vector<Polyline>> shapes;
     for (XmlElement const& path : panel.all("path"))
         for (Polyline const& line : polylines(path.attribute("d")))
-            shapes[path.attribute("class") + ": " + title_of(path)].push_back(line);
+            shapes[path.attribute("class") + ": " + path.children.value(0).text].push_back(line);
     QStringList labels;
     for (XmlElement const& group : panel.all("g"))
         for (XmlElement const& child : group.children)
             if (child.tag == "circle")
-                shapes[child.attribute("class") + ": " + title_of(group)].push_back(
+                shapes[child.attribute("class") + ": " + group.children.value(0).text].push_back(
                     {{child.attribute("cx").toDouble(), child.attribute("cy").toDouble()}});
             else if (child.tag == "text")
-                labels << title_of(group) + ": " + child.text;
+                labels << group.children.value(0).text + ": " + child.text;
 
     // The field's centre is the middle of its positions, latitude 0 and
     // longitude 0. The pond, a polygon of an interior ring alone, is cut out

@@ -105,9 +105,7 @@ QString validate_set(QString const& dir, bool& valid);
 class DisplayTree : public ::testing::Test {
 protected:
     // A path below data, e.g. "Products/Seed/Seed.ini".
-    QString data(QString const& relative = QString()) const {
-        return scratch.file("data/" + relative);
-    }
+    QString data(QString const& relative = {}) const { return scratch.file("data/" + relative); }
     // A path below the directory of a field of the one farm
     // (data/Clients/Client/Farm/<name>).
     QString field(QString const& relative, QString const& name = "Field") const {
