@@ -79,7 +79,8 @@ QByteArray taskdata(QByteArray const& elements) {
     return "<ISO11783_TaskData VersionMajor=\"4\">" + elements + "</ISO11783_TaskData>";
 }
 
-QByteArray const former = taskdata("<CTR A=\"CTR1\" B=\"Former\"/>");
+// The set a run of another day left in OUTPUT.
+QByteArray const former_set = taskdata("<CTR A=\"CTR1\" B=\"Former\"/>");
 
 // Ten times more text at every level: a few hundred bytes that would
 // expand to gigabytes.
@@ -105,7 +106,7 @@ class HostileSet : public DisplayTree {
 protected:
     HostileSet() {
         write("Products/Seed/Seed.ini", "[Default]\nType=0\n");
-        write_file(scratch.file("out/TASKDATA.XML"), former);
+        write_file(scratch.file("out/TASKDATA.XML"), former_set);
     }
 
     // Runs the tool on the set and expects the load error with `reason`
@@ -130,7 +131,7 @@ protected:
             run.err.endsWith("E: could not load taskdata from data/taskdata/TASKDATA.XML\n"))
             << run.err.left(2000).constData();
         EXPECT_TRUE(run.err.contains(reason)) << run.err.left(2000).constData();
-        EXPECT_EQ(read_file(scratch.file("out/TASKDATA.XML")), former);
+        EXPECT_EQ(read_file(scratch.file("out/TASKDATA.XML")), former_set);
     }
 };
 
@@ -207,14 +208,9 @@ struct TmpfsMount {
     bool mounted = false;
 };
 
-QString const link_head =
-    "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" "
-    "ManagementSoftwareManufacturer=\"m\" ManagementSoftwareVersion=\"1\" "
-    "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"%1\" B=\"%2\"/>"
-    "</LGP></ISO11783LinkList>";
+QString const link_head = "<ISO11783LinkList VersionMajor=\"4\"><LGP A=\"LGP1\" B=\"1\">"
+                          "<LNK A=\"%1\" B=\"%2\"/></LGP></ISO11783LinkList>";
 
-QByteArray const former_set =
-    "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR1\" B=\"Former\"/></ISO11783_TaskData>";
 QByteArray const former_links =
     link_head.arg("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11").toUtf8();
 QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
