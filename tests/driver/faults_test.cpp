@@ -49,10 +49,10 @@ protected:
         write(dir + "Curves/Curve/Curve.ini", "");
         write(dir + "Curves/Curve/Curve.crv", zigzag(3));
     }
-    // Runs the tool (with `shell_prefix`) beside a good field, and checks what every hostile run
-    // must give: status 0, standard error `warnings`, a well-formed set (valid too, with
-    // `validate`) holding the good field whole, and nothing changed outside OUTPUT. Returns the
-    // set.
+    // Runs the tool (with `shell_prefix`) beside a good field, and checks
+    // what every hostile run must give: status 0, standard error
+    // `warnings`, a well-formed set (valid too, with `validate`) holding the
+    // good field whole, and nothing changed outside OUTPUT. Returns the set.
     XmlElement run_and_check(QByteArray const& warnings, bool validate,
                              QString const& shell_prefix = QString()) {
         write_field("Clients/Good/Farm/Good field/");
@@ -154,8 +154,8 @@ struct BackgroundTool {
             ::waitpid(pid, nullptr, 0);
         ::close(out);
     }
-    // Until the tool's staged `file` appears in `dir`, or the tool ends (it is not
-    // reaped here).
+    // Waits until the tool's staged `file` appears in `dir`, or the tool
+    // ends (it is not reaped here).
     void wait_for_staged(QString const& dir, QString const& file) const {
         siginfo_t info{};
         while (!file_exists(QString("%1/.%2.%3.tmp").arg(dir, file).arg(pid)) &&
@@ -176,7 +176,7 @@ struct BackgroundTool {
     int finish() {
         while (!read_line().isEmpty()) {
         }
-        int status = -1; // neither exited nor signalled, where the tool did not start
+        int status = -1; // neither exited nor signalled
         ::waitpid(pid, &status, 0);
         pid = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
