@@ -56,7 +56,8 @@ Polyline const rock = {{-0.5, -0.5}, {-0.7, -0.5}, {-0.5, -0.7}};
 Polyline const project = {{-0.8, -0.8}, {-0.8, 0.8}, {0.8, -0.8}, {0.8, 0.8}};
 
 // One field around latitude 0, longitude 0 with an element of each kind, and
-// two that cannot be drawn: a ring of two points and a pattern without any.
+// two that cannot be drawn: a ring of two points and a pattern without any;
+// and a bare field of another client.
 QByteArray const set =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?><ISO11783_TaskData VersionMajor=\"4\" "
     "VersionMinor=\"3\" ManagementSoftwareManufacturer=\"Tester\" "
@@ -75,7 +76,9 @@ QByteArray const set =
     points({8}, {{0, 0}}) +
     "</LSG></GPN><GPN A=\"GPN3\" B=\"Empty\" C=\"3\"/></GGP><GGP A=\"GGP2\" B=\"Project\">"
     "<GPN A=\"GPN4\" C=\"3\"><LSG A=\"5\">" +
-    points({6, 7}, project) + "</LSG></GPN></GGP></PFD></ISO11783_TaskData>";
+    points({6, 7}, project) +
+    "</LSG></GPN></GGP></PFD><CTR A=\"CTR2\" B=\"Other\"/><FRM A=\"FRM2\" B=\"Far\" "
+    "I=\"CTR2\"/><PFD A=\"PFD2\" C=\"Bare\" F=\"FRM2\"/></ISO11783_TaskData>";
 
 ToolRun preview(QStringList const& arguments, QString const& working_dir) {
     return run_program(command_of(TDM_PREVIEW) + arguments, working_dir);
@@ -118,6 +121,8 @@ TEST_F(PreviewPage, DrawsEachElementInThePlaneOfItsField) {
     XmlElement const page = read_xml(scratch.file("set/preview.html"));
     EXPECT_EQ(page.all("title").value(0).text, "set: Tester 2.5");
     EXPECT_EQ(page.all("a").value(0).attribute("href"), "#f1"); // from the overview
+    EXPECT_EQ(page.find("section", "id", "overview").all("p").value(0).text,
+              "Fields with nothing to place them by: 1"); // the bare field
     XmlElement const panel = page.find("div", "id", "f1");
 
     // The lines of every path, and the centres of the circles of every
