@@ -2,20 +2,15 @@
 // Helpers shared by the tests: scratch trees in temporary directories, the
 // real tool run as a child process, and written XML read back as a tree.
 
-#include <QByteArray>
 #include <QHash>
-#include <QList>
-#include <QPair>
-#include <QString>
 #include <QStringList>
 #include <QUuid>
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <ostream>
-#include <utility>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace test_support {
 
@@ -49,11 +44,17 @@ struct ToolRun {
     int exit_code = -1; // -1 where the program did not start or did not end by itself
     QByteArray out;
     QByteArray err;
+    // All three in one line, to compare at once.
+    QByteArray outcome() const { return QByteArray::number(exit_code) + " | " + out + " | " + err; }
 };
 
-// Runs `command` (a program, found on PATH, and its arguments) in `working_dir`
-// to its end, or kills it after two minutes; with `merge_channels`, standard
-// error goes into `out` too.
+// Starts `command` (a program, found on PATH, and its arguments) in
+// `working_dir` with standard output and error on the descriptors given; the
+// process id, or -1 where it did not start.
+pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, int err_fd);
+
+// Runs `command` in `working_dir` to its end, or kills it after two minutes;
+// with `merge_channels`, standard error goes into `out` too.
 ToolRun run_program(QStringList const& command, QString const& working_dir = QString(),
                     bool merge_channels = false);
 
@@ -77,6 +78,11 @@ struct XmlElement {
     QString attribute(QString const& name) const; // empty when absent
     bool has_attribute(QString const& name) const;
     QList<XmlElement> all(QString const& tag) const; // descendants, document order
+    // The `attribute` of every descendant `tag`, in document order.
+    QStringList values(QString const& tag, QString const& attribute) const;
+    // The first descendant `tag` whose `attribute` is `value`; a failure and
+    // an empty element when there is none.
+    XmlElement find(QString const& tag, QString const& attribute, QString const& value) const;
 };
 
 // Parses a whole XML file; fails the current test on malformed XML.
@@ -99,11 +105,15 @@ QString validate_set(QString const& dir, bool& valid);
 class DisplayTree : public ::testing::Test {
 protected:
     // A path below data, e.g. "Products/Seed/Seed.ini".
-    QString data(QString const& relative = QString()) const;
+    QString data(QString const& relative = {}) const { return scratch.file("data/" + relative); }
     // A path below the directory of a field of the one farm
     // (data/Clients/Client/Farm/<name>).
-    QString field(QString const& relative, QString const& name = QStringLiteral("Field")) const;
-    void write(QString const& relative, QByteArray const& content) const;
+    QString field(QString const& relative, QString const& name = "Field") const {
+        return data("Clients/Client/Farm/" + name + '/' + relative);
+    }
+    void write(QString const& relative, QByteArray const& content) const {
+        write_file(data(relative), content);
+    }
     // A set in data/taskdata for the tool to load, from its elements.
     void load(QByteArray const& elements) const;
     // The set of the last run becomes the one the next run loads.
@@ -112,7 +122,7 @@ protected:
     // The tool on data with `options`, writing into out; a failure unless it
     // ends with status 0.
     ToolRun run(QStringList const& options = {}) const;
-    XmlElement saved() const; // out/TASKDATA.XML
+    XmlElement saved() const { return read_xml(scratch.file("out/TASKDATA.XML")); }
     // The saved elements `tag` whose `attribute` is `value`, in document order.
     QList<XmlElement> saved(QString const& tag, QString const& attribute,
                             QString const& value) const;
