@@ -1,3 +1,5 @@
+// UTM by the series against PROJ on both ellipsoids, the false northing of ten million metres in
+// both hemispheres, the zone reported against the zone projected in, and the great circle.
 #include "coordinates/utm.h"
 
 #include "proj_oracle.h"
@@ -12,21 +14,9 @@ namespace {
 
 double const degree = 3.141592653589793 / 180.0;
 
-// The two ellipsoids by selector, as PROJ names them.
-struct Ellipsoid {
-    int selector;
-    char const* projName;
-};
-Ellipsoid const ellipsoids[] = {{0, "GRS80"}, {1, "aust_SA"}};
-int const zones[] = {1, 31, 32, 60};
-
 // PROJ's UTM with the false northing of the southern hemisphere, which ours has everywhere.
 std::string utmDefinition(int zone, char const* ellipsoid) {
     return "+proj=utm +zone=" + std::to_string(zone) + " +south +ellps=" + ellipsoid;
-}
-
-double centralMeridian(int zone) {
-    return 6.0 * zone - 183.0;
 }
 
 struct Grid {
@@ -37,36 +27,34 @@ struct Grid {
     int zone = 0;
 };
 
-Grid forward(double lat, double lon, int selector = 0) {
+// In the zone of the longitude, or in `zone` where one is given (that form is on GRS 80 only).
+Grid forward(double lat, double lon, int selector = 0, int zone = 0) {
     Grid g;
-    latLonToUtm(lat, lon, selector, g.east, g.north, g.scale, g.convergence, g.zone);
-    return g;
-}
-
-Grid forwardInZone(double lat, double lon, int zone) {
-    Grid g;
-    latLonToUtmInZone(lat, lon, zone, g.east, g.north, g.scale, g.convergence, g.zone);
+    if (zone != 0)
+        latLonToUtmInZone(lat, lon, zone, g.east, g.north, g.scale, g.convergence, g.zone);
+    else
+        latLonToUtm(lat, lon, selector, g.east, g.north, g.scale, g.convergence, g.zone);
     return g;
 }
 
 } // namespace
 
 TEST(Utm_proj, seriesAgreeWithProjNearTheCentralMeridian) {
-    for (Ellipsoid const& ellipsoid : ellipsoids) {
-        for (int zone : zones) {
-            std::string const definition = utmDefinition(zone, ellipsoid.projName);
+    // The two ellipsoids by selector, as PROJ names them.
+    for (auto const& [selector, ellipsoid] : {std::pair{0, "GRS80"}, std::pair{1, "aust_SA"}}) {
+        for (int zone : {1, 31, 32, 60}) {
+            std::string const definition = utmDefinition(zone, ellipsoid);
             ProjOracle const utm(definition);
             std::unique_ptr<PJ, decltype(&proj_destroy)> const projection(
                 proj_create(PJ_DEFAULT_CTX, definition.c_str()), &proj_destroy);
             ASSERT_TRUE(utm.valid() && projection);
             for (double lat = -80.0; lat <= 84.0; lat += 4.0) {
                 for (double offset = -2.9; offset <= 2.9; offset += 0.725) {
-                    double const lon = centralMeridian(zone) + offset;
-                    SCOPED_TRACE(testing::Message()
-                                 << ellipsoid.projName << " " << lat << ", " << lon);
+                    double const lon = 6.0 * zone - 183.0 + offset;
+                    SCOPED_TRACE(testing::Message() << ellipsoid << " " << lat << ", " << lon);
                     PJ_COORD const expected = utm.forward(lon, lat);
-                    Grid const g = ellipsoid.selector == 0 ? forwardInZone(lat, lon, zone)
-                                                           : forward(lat, lon, 1);
+                    Grid const g =
+                        selector == 0 ? forward(lat, lon, 0, zone) : forward(lat, lon, 1);
                     EXPECT_NEAR(g.east, expected.xy.x, 1e-4);
                     EXPECT_NEAR(g.north, expected.xy.y, 1e-4);
                     PJ_FACTORS const factors = proj_factors(
@@ -80,23 +68,18 @@ TEST(Utm_proj, seriesAgreeWithProjNearTheCentralMeridian) {
                     // 0.11 mm, which is all that separates the inverse from PROJ here.
                     double backLat = 0.0;
                     double backLon = 0.0;
-                    utmToLatLon(zone, expected.xy.x, expected.xy.y, ellipsoid.selector, backLat,
-                                backLon);
+                    utmToLatLon(zone, expected.xy.x, expected.xy.y, selector, backLat, backLon);
                     EXPECT_NEAR((backLat - lat) * 111320.0, 0.0, 2e-4);
                     EXPECT_NEAR((backLon - lon) * 111320.0 * std::cos(lat * degree), 0.0, 2e-4);
                 }
             }
         }
     }
-}
-
-TEST(Utm_proj, lastFootPointTermCountsTwice) {
     // On the central meridian the series reduces to the foot-point latitude plus its last term
     // once more, n^4 * 2.142578125 * sin(8 sigma): 1.7e-11 radians (0.11 mm) where that sine
     // peaks. What else separates it from PROJ there is below 5e-13 radians (3 um).
     double const n4 = 7.951165642179783e-12;
     ProjOracle const utm(utmDefinition(32, "GRS80"));
-    ASSERT_TRUE(utm.valid());
     for (double lat : {11.25, 33.75, -11.25, 56.25, 22.5}) {
         PJ_COORD const grid = utm.forward(9.0, lat);
         GeoPoint const back = utmToGeoPoint(32, grid.xy.x, grid.xy.y);
@@ -112,8 +95,6 @@ TEST(Utm_falseNorthing, equatorIsTenMillionInBothHemispheres) {
     EXPECT_EQ(equator.north, 10000000.0);
     EXPECT_DOUBLE_EQ(equator.scale, 0.9996);
     EXPECT_EQ(equator.convergence, 0.0);
-    EXPECT_EQ(equator.zone, 32);
-
     double lat = 1.0;
     double lon = 0.0;
     utmToLatLon(32, 500000.0, 10000000.0, 0, lat, lon);
@@ -132,49 +113,49 @@ TEST(Utm_falseNorthing, equatorIsTenMillionInBothHemispheres) {
     EXPECT_NEAR(back.latitude, 50.0, 1e-9);
     EXPECT_NEAR(back.longitude, 9.0, 1e-9);
     EXPECT_EQ(back.height, 0.0);
-
     // A northing as usual in the north lands in the south.
     EXPECT_NEAR(utmToGeoPoint(32, 500000.0, 5500000.0).latitude, -40.6509, 1e-4);
 }
 
-TEST(Utm_zone, reportedZoneAtTheEdges) {
-    EXPECT_EQ(forward(10.0, 0.0).zone, 31);
-    EXPECT_EQ(forward(10.0, -0.1).zone, 30);
-    EXPECT_EQ(forward(10.0, -6.0).zone, 29); // truncation toward zero
-    EXPECT_EQ(forward(10.0, 180.0).zone, 61);
-    EXPECT_EQ(forward(10.0, 181.0).zone, 1);
-    EXPECT_EQ(forward(10.0, -181.0).zone, 60);
-    // The exceptions, each bound closed below and open above.
-    EXPECT_EQ(forward(56.0, 3.0).zone, 32);
-    EXPECT_EQ(forward(63.99, 11.99).zone, 32);
-    EXPECT_EQ(forward(64.0, 5.0).zone, 31);
-    EXPECT_EQ(forward(60.0, 12.0).zone, 33);
-    EXPECT_EQ(forward(56.0, 2.99).zone, 31);
-    EXPECT_EQ(forward(72.0, 0.0).zone, 31);
-    EXPECT_EQ(forward(72.0, 9.0).zone, 33);
-    EXPECT_EQ(forward(75.0, 21.0).zone, 35);
-    EXPECT_EQ(forward(83.99, 41.99).zone, 37);
-    EXPECT_EQ(forward(72.0, 42.0).zone, 38);
-    EXPECT_EQ(forward(71.99, 9.0).zone, 32);
-    EXPECT_EQ(forward(84.0, 10.0).zone, 32);
-}
+TEST(Utm_zone, reportedZoneAtTheEdgesAndAgainstTheProjectionZone) {
+    struct Case {
+        double lat, lon;
+        int zone;
+    } const cases[] = {// Truncation toward zero, and the wrap beyond 180 degrees.
+                       {10, 0, 31},
+                       {10, -0.1, 30},
+                       {10, -6, 29},
+                       {10, 180, 61},
+                       {10, 181, 1},
+                       {10, -181, 60},
+                       // The exceptions, each bound closed below and open above.
+                       {56, 3, 32},
+                       {63.99, 11.99, 32},
+                       {64, 5, 31},
+                       {60, 12, 33},
+                       {56, 2.99, 31},
+                       {72, 0, 31},
+                       {72, 9, 33},
+                       {75, 21, 35},
+                       {83.99, 41.99, 37},
+                       {72, 42, 38},
+                       {71.99, 9, 32},
+                       {84, 10, 32},
+                       {0, 9, 32}};
+    for (Case const& c : cases)
+        EXPECT_EQ(forward(c.lat, c.lon).zone, c.zone) << c.lat << ", " << c.lon;
 
-TEST(Utm_zone, reportedZoneMayDifferFromTheProjectionZone) {
+    // Norway's exception reports zone 32 for coordinates of zone 31: read back with the zone it
+    // reports, the point moves by six degrees.
     Grid const norway = forward(60.0, 5.0);
-    EXPECT_EQ(norway.zone, 32);
-    Grid const projected = forwardInZone(60.0, 5.0, 31);
+    Grid const projected = forward(60.0, 5.0, 0, 31);
     EXPECT_EQ(projected.zone, 31);
     EXPECT_NEAR(norway.east, projected.east, 1e-6);
     EXPECT_NEAR(norway.north, projected.north, 1e-6);
-    // Read back with the zone it reports, the point moves by six degrees.
-    GeoPoint const misread = utmToGeoPoint(norway.zone, norway.east, norway.north);
-    EXPECT_NEAR(misread.longitude, 11.0, 0.1);
-
+    EXPECT_NEAR(utmToGeoPoint(norway.zone, norway.east, norway.north).longitude, 11.0, 0.1);
     // Beyond 180 degrees the reported zone wraps, the projection doesn't.
-    Grid const beyond = forward(10.0, 181.0);
-    EXPECT_EQ(beyond.zone, 1);
-    EXPECT_NEAR(beyond.east, forwardInZone(10.0, 181.0, 61).east, 1e-6);
-    EXPECT_LT(beyond.east, 500000.0);
+    EXPECT_NEAR(forward(10.0, 181.0).east, forward(10.0, 181.0, 0, 61).east, 1e-6);
+    EXPECT_LT(forward(10.0, 181.0).east, 500000.0);
 }
 
 TEST(GreatCircle_proj, matchesProjOnTheSameSphere) {
