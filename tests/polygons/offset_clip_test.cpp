@@ -1,12 +1,11 @@
 // Offsets and boolean operations on ClipperLib's grid: areas against closed forms, the raw inner
 // corners and their removal, ring ownership, and the lines of parallelPath measured against their
 // source.
+#include "path_checks.h"
 #include "polygons/lines.h"
 #include "polygons/path_clip.h"
 #include "polygons/path_measures.h"
 #include "polygons/path_offset.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,9 +14,6 @@
 namespace {
 
 float const notANumber = std::numeric_limits<float>::quiet_NaN();
-// The area a ring can lose or gain when its points are truncated onto the 0.1 mm grid, per unit
-// of its perimeter.
-double const gridAreaPerLength = 1e-4;
 
 // Counter-clockwise with y up, 4 by 4.
 Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
@@ -27,65 +23,36 @@ bool contains(Path const& path, LocalPoint point) {
                        [&](LocalPoint p) { return p.x == point.x && p.y == point.y; });
 }
 
-// Positive on the left of the path's nearest segment (y up), negative on its right, 0 beside a
-// vertex.
-float sideOf(LocalPoint point, Path const& path) {
-    float nearest = std::numeric_limits<float>::max();
-    float side = 0.0f;
-    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
-        LocalPoint const q = closestOnSegment(point, path[i], path[i + 1]);
-        float const distance = std::hypot(point.x - q.x, point.y - q.y);
-        if (distance < nearest) {
-            nearest = distance;
-            side = (path[i + 1].x - path[i].x) * (point.y - path[i].y) -
-                   (path[i + 1].y - path[i].y) * (point.x - path[i].x);
-        }
-    }
-    return side;
-}
-
 } // namespace
 
-TEST(OffsetRing, SquareGrowsWithRoundCornersAndShrinksToASquare) {
+TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     // Outward by 1 in arc steps of 0.1: each corner is a fan of trunc(pi/2 / 0.1) + 1 = 16
     // triangles of angle pi/32, so the area is 16 + 4 * 4 + 32 sin(pi/32). Inward by 1 the corners
-    // meet at the square from 1 to 3.
-    struct Case {
-        float distance;
-        double area;
-        double perimeter;
-    };
-    Case const cases[] = {{-1.0f, 32.0 + 32.0 * std::sin(M_PI / 32.0), 16.0 + 2.0 * M_PI},
-                          {1.0f, 4.0, 8.0}};
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.distance);
-        PathList const united = offsetAndUnite(square, c.distance, 0.1f);
-        ASSERT_EQ(united.size(), 1u);
-        EXPECT_NEAR(signedArea(united[0]), c.area, c.perimeter * gridAreaPerLength);
-    }
-}
+    // meet at the square from 1 to 3. The points truncated onto the 0.1 mm grid can lose or gain
+    // 1e-4 per unit of the perimeter.
+    PathList const grown = offsetAndUnite(square, -1.0f, 0.1f);
+    ASSERT_EQ(grown.size(), 1u);
+    EXPECT_NEAR(signedArea(grown[0]), 32.0 + 32.0 * std::sin(M_PI / 32.0), (16 + 2 * M_PI) * 1e-4);
+    PathList const shrunk = offsetAndUnite(square, 1.0f, 0.1f);
+    ASSERT_EQ(shrunk.size(), 1u);
+    EXPECT_NEAR(signedArea(shrunk[0]), 4.0, 8 * 1e-4);
 
-TEST(OffsetRing, InnerCornersStayInTheRawOffsetOnly) {
+    // Inward, each corner gives the two moved points and the unmoved corner, indexed after what
+    // was there; the union removes the corners.
     std::vector<int> source{7};
     Path const raw = offsetRing(square, &source, 1.0f, 0.1f);
-    // Per corner: the two moved points and the unmoved corner, indexed after what was there.
     ASSERT_EQ(raw.size(), 12u);
     EXPECT_EQ(source, (std::vector<int>{7, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3}));
-    PathList const united = offsetAndUnite(square, 1.0f, 0.1f);
-    ASSERT_EQ(united.size(), 1u);
     for (LocalPoint corner : square) {
         EXPECT_TRUE(contains(raw, corner));
-        EXPECT_FALSE(contains(united[0], corner));
+        EXPECT_FALSE(contains(shrunk[0], corner));
     }
-}
 
-TEST(OffsetRing, JoinsAreBoundedWhateverTheArcStep) {
     // Four outer corners of a quarter turn; a join of no steps leaves the two moved points.
     struct Case {
         float distance, arc_step;
         std::size_t size;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
         {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
         {-1.0f, -0.1f, 8},
@@ -106,6 +73,7 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     ASSERT_EQ(eight.size(), 1u);
     EXPECT_EQ(signedArea(eight[0]), 1.0f);
 
+    // An island of 4 in a hole of 36 in a ring of 100, and a ring of 9 apart.
     Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
     Path const hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
     Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}};
@@ -143,42 +111,43 @@ TEST(ClipPaths, OpenPathsWithASpikeFail) {
     // iterator when strictly simple, and leaves the horizontal edge after the spike to (0.7, 5.6)
     // among the crossing edges, with a slope of -1e40.
     Path const horizontalSpike{{0, 0}, {2, 2}, {0.1f, 0}, {2, 0}, {0.1f, 0}, {0, 2}};
-    Path const spikeBeforeHorizontal{{0, 0}, {0.7f, 5.6f}, {0, 0}, {-25.4f, 0}, {20, 3}};
     Path const clip{{0, 0}, {2, 0}, {0, 2}, {-0.1f, -0.8f}};
     EXPECT_TRUE(
         clipPaths({horizontalSpike}, false, {}, ClipperLib::ctUnion, nullptr, true).empty());
-    EXPECT_TRUE(clipPaths({spikeBeforeHorizontal}, false, {clip}, ClipperLib::ctIntersection,
-                          nullptr, false)
-                    .empty());
     // Without the spike the path is clipped.
-    Path const withoutSpike{{0, 0}, {-25.4f, 0}, {20, 3}};
-    EXPECT_FALSE(
-        clipPaths({withoutSpike}, false, {clip}, ClipperLib::ctIntersection, nullptr, false)
-            .empty());
+    for (bool spike : {true, false}) {
+        Path const path = spike ? Path{{0, 0}, {0.7f, 5.6f}, {0, 0}, {-25.4f, 0}, {20, 3}}
+                                : Path{{0, 0}, {-25.4f, 0}, {20, 3}};
+        EXPECT_EQ(
+            clipPaths({path}, false, {clip}, ClipperLib::ctIntersection, nullptr, false).empty(),
+            spike);
+    }
 }
 
 namespace {
-
-// Resampling of the segment ab into `pieces`, as its rule has it: t b + (1 - t) a, t = i / pieces.
-Path resampled(LocalPoint a, LocalPoint b, int pieces) {
-    Path points{a};
-    for (int i = 1; i <= pieces; ++i) {
-        float const t = static_cast<float>(i) / static_cast<float>(pieces);
-        points.push_back({t * b.x + (1.0f - t) * a.x, t * b.y + (1.0f - t) * a.y});
-    }
-    return points;
-}
 
 // Largest error of a line's distance from its source: the 0.02 simplification, the sagitta of an
 // arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)), 0.016) and the grid.
 float const lineTolerance = 0.02f + 0.016f + 2e-4f;
 float const lineArcStep = 0.5f;
 
+// Every point of the line lies `distance` from the source, on its left (y up) for a positive
+// distance: judged by the nearest segment, where a point beside a vertex counts for both sides.
 void expectAtDistance(Path const& line, Path const& source, float distance) {
-    for (LocalPoint point : line) {
-        EXPECT_NEAR(distanceToPath(point, source, false), std::fabs(distance), lineTolerance)
-            << point.x << " " << point.y;
-        EXPECT_GE(sideOf(point, source) * distance, 0.0f) << point.x << " " << point.y;
+    for (LocalPoint p : line) {
+        float nearest = std::numeric_limits<float>::max();
+        float side = 0.0f;
+        for (std::size_t i = 0; i + 1 < source.size(); ++i) {
+            LocalPoint const a = source[i];
+            LocalPoint const b = source[i + 1];
+            LocalPoint const q = closestOnSegment(p, a, b);
+            if (std::hypot(p.x - q.x, p.y - q.y) < nearest) {
+                nearest = std::hypot(p.x - q.x, p.y - q.y);
+                side = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+            }
+        }
+        EXPECT_NEAR(nearest, std::fabs(distance), lineTolerance) << p.x << " " << p.y;
+        EXPECT_GE(side * distance, 0.0f) << p.x << " " << p.y;
     }
 }
 
@@ -199,9 +168,7 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
                       distanceToPath(lines[0].front(), {source.front()}, true));
         }
     }
-}
 
-TEST(ParallelPath, ALineAroundALoopClosesAndAnEmptySideStays) {
     // In from the south-west, once round a circle of radius 10 counter-clockwise, out to the
     // south-east: the band of width 4 round the path leaves a hole inside the circle, bounded by
     // the left side only.
@@ -220,7 +187,6 @@ TEST(ParallelPath, ALineAroundALoopClosesAndAnEmptySideStays) {
     auto const closed = std::find_if(left.begin(), left.end(), isClosed);
     ASSERT_NE(closed, left.end());
     expectAtDistance(*closed, loop, 2.0f);
-
     PathList const right = parallelPath(loop, 0.0f, -2.0f, lineArcStep);
     EXPECT_EQ(std::count_if(right.begin(), right.end(), isClosed), 0);
     EXPECT_EQ(std::count_if(right.begin(), right.end(), [](Path const& l) { return l.empty(); }),
@@ -229,32 +195,30 @@ TEST(ParallelPath, ALineAroundALoopClosesAndAnEmptySideStays) {
 
 TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
     // The hooks end 0.1 beyond the ends and 1e-4 to the right of the way out of the path, which
-    // leaves both points of the path within 0.02 of the chord between them.
-    LocalPoint const startHook{0.0f - 0.1f, 1e-4f};
-    LocalPoint const endHook{10.0f + 0.1f, -1e-4f};
+    // leaves both points of the path within 0.02 of the chord between them. Resampled into
+    // pieces of at most 5 as the rule has it: t b + (1 - t) a, t = i / 3.
+    LocalPoint const a{0.0f - 0.1f, 1e-4f};
+    LocalPoint const b{10.0f + 0.1f, -1e-4f};
+    Path hooked{a};
+    for (float t : {1.0f / 3.0f, 2.0f / 3.0f, 1.0f})
+        hooked.push_back({t * b.x + (1.0f - t) * a.x, t * b.y + (1.0f - t) * a.y});
     // An extension of 2 shortens the last segment of 10 to 2 beyond the last but one point. The
     // float 0.1 is a little above the double 0.1 against which the extension is compared, and
     // moves the ends; the float below it does not.
-    float const belowThreshold = std::nextafter(0.1f, 0.0f);
     struct Case {
         float distance, extension;
         Path expected;
-    };
-    Case const cases[] = {
-        {0.0f, 0.0f, resampled(startHook, endHook, 3)},
-        {5e-5f, 0.0f, resampled(startHook, endHook, 3)},
-        {0.0f, belowThreshold, resampled(startHook, endHook, 3)},
+    } const cases[] = {
+        {0.0f, 0.0f, hooked},
+        {5e-5f, 0.0f, hooked},
+        {0.0f, std::nextafter(0.1f, 0.0f), hooked},
         {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
         {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}},
     };
     for (Case const& c : cases) {
         PathList const lines = parallelPath({{0, 0}, {10, 0}}, c.extension, c.distance, 1.0f);
         ASSERT_EQ(lines.size(), 1u);
-        ASSERT_EQ(lines[0].size(), c.expected.size()) << c.distance << " " << c.extension;
-        for (std::size_t i = 0; i < c.expected.size(); ++i) {
-            EXPECT_EQ(lines[0][i].x, c.expected[i].x) << i;
-            EXPECT_EQ(lines[0][i].y, c.expected[i].y) << i;
-        }
+        EXPECT_TRUE(samePath(lines[0], c.expected)) << c.distance << " " << c.extension;
     }
 
     EXPECT_TRUE(parallelPath({{0, 0}}, 0.0f, 1.0f, 1.0f).empty());
