@@ -1,22 +1,13 @@
 // Recorded guidance lines: thinning as they grow, the chord as a bound, and parallel curves by
 // both procedures, checked by their geometry where the arithmetic is not fixed.
+#include "../polygons/path_checks.h"
 #include "patterns/guidance_curve.h"
 #include "polygons/path_measures.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
 namespace {
-
-void expectPath(Path const& actual, Path const& expected) {
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        EXPECT_EQ(actual[i].x, expected[i].x) << i;
-        EXPECT_EQ(actual[i].y, expected[i].y) << i;
-    }
-}
 
 TGuidanceCurve lineOf(Path const& points, bool keepAll) {
     TGuidanceCurve line;
@@ -26,90 +17,81 @@ TGuidanceCurve lineOf(Path const& points, bool keepAll) {
 }
 
 // A line recorded as a driver drives it: from the origin heading east-south-east, through arcs
-// of the given radius (positive turning left, 0 straight), a point every metre through add().
+// of the given radius (positive turning left, 0 straight), a point every metre (every half metre
+// in bends tighter than 20 m) through add().
 struct Arc {
     float length;
     float radius;
 };
 TGuidanceCurve recorded(std::initializer_list<Arc> arcs) {
     TGuidanceCurve line;
-    float x = 0.0f;
-    float y = 0.0f;
+    LocalPoint p{0.0f, 0.0f};
     float angle = -0.15f; // counter-clockwise from +x, with y up
-    line.add({x, y});
+    line.add(p);
     for (Arc const& arc : arcs) {
         float const step = arc.radius != 0.0f && std::fabs(arc.radius) < 20.0f ? 0.5f : 1.0f;
         for (float s = 0.0f; s < arc.length; s += step) {
-            if (arc.radius != 0.0f)
-                angle += step / arc.radius;
-            x += step * std::cos(angle);
-            y += step * std::sin(angle);
-            line.add({x, y});
+            angle += arc.radius != 0.0f ? step / arc.radius : 0.0f;
+            p = {p.x + step * std::cos(angle), p.y + step * std::sin(angle)};
+            line.add(p);
         }
     }
     return line;
 }
 
-int selfCrossings(Path const& path) {
-    int crossings = 0;
-    for (std::size_t i = 1; i < path.size(); ++i)
-        for (std::size_t j = i + 2; j < path.size(); ++j) {
-            LocalPoint out;
-            crossings +=
-                TSegment(path[i - 1], path[i]).intersectSegment({path[j - 1], path[j]}, out);
-        }
-    return crossings;
-}
-
 // Every point of the parallel curve lies `distance` from the line, within `tolerance`, on the
-// side that the sign gives: the right of the direction of travel for a positive distance.
+// side that the sign gives (the right of the direction of travel for a positive distance), and
+// the curve does not cross itself.
 void expectParallel(TGuidanceCurve const& line, Path const& offset, float distance,
                     float tolerance) {
     ASSERT_GE(offset.size(), 2u);
     for (LocalPoint const p : offset) {
-        double const away = distanceToPath(p, line.points(), false);
-        EXPECT_NEAR(away, std::fabs(distance), tolerance) << p.x << " " << p.y;
+        EXPECT_NEAR(distanceToPath(p, line.points(), false), std::fabs(distance), tolerance)
+            << p.x << " " << p.y;
         TSegment nearest;
         ASSERT_GT(line.nearestSegment(p, nearest), 0);
         EXPECT_GT(nearest.signedLineDistance(p, nearest.direction()) * distance, 0.0f)
             << p.x << " " << p.y;
     }
+    for (std::size_t i = 1; i < offset.size(); ++i)
+        for (std::size_t j = i + 2; j < offset.size(); ++j) {
+            LocalPoint out;
+            EXPECT_FALSE(TSegment(offset[i - 1], offset[i])
+                             .intersectSegment({offset[j - 1], offset[j]}, out))
+                << i << " " << j;
+        }
 }
 
 } // namespace
 
-TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrows) {
+TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
     TGuidanceCurve line;
     EXPECT_TRUE(line.add({0, 0}));
     EXPECT_TRUE(line.add({10, 0}));
     EXPECT_FALSE(line.add({11.5f, 0.5f})); // 1.58 from the last point: refused
     EXPECT_FALSE(line.add({13, 0.05f}));   // 0.05 off the last piece: replaces the last point
     EXPECT_TRUE(line.add({20, 5}));
-    expectPath(line.points(), {{0, 0}, {13, 0.05f}, {20, 5}});
-
+    EXPECT_TRUE(samePath(line.points(), {{0, 0}, {13, 0.05f}, {20, 5}}));
     // keepAll keeps everything and leaves the last piece where it was, so that the next point
     // 0.05 off the line (0, 0)-(10, 0) replaces the kept one.
     TGuidanceCurve all = lineOf({{0, 0}, {10, 0}}, false);
-    EXPECT_TRUE(all.add({10.5f, 5}, true));
-    EXPECT_TRUE(all.add({10.6f, 5}, true));
+    EXPECT_TRUE(all.add({10.5f, 5}, true) && all.add({10.6f, 5}, true));
     EXPECT_FALSE(all.add({20, 0.05f}));
-    expectPath(all.points(), {{0, 0}, {10, 0}, {10.5f, 5}, {20, 0.05f}});
-}
+    EXPECT_TRUE(samePath(all.points(), {{0, 0}, {10, 0}, {10.5f, 5}, {20, 0.05f}}));
 
-TEST(GuidanceCurve, TheChordWaitsForAPointMoreThanTenAway) {
-    TGuidanceCurve line = lineOf({{0, 0}, {5, 0}, {8, 3}}, false);
-    EXPECT_EQ(line.chord().end().x, 5.0f);
-    EXPECT_EQ(line.maxDeviation(), 0.0f);
-    line.add({12, 4});
-    EXPECT_EQ(line.chord().end().x, 12.0f);
+    // The chord waits for a point more than 10 away.
+    TGuidanceCurve bent = lineOf({{0, 0}, {5, 0}, {8, 3}}, false);
+    EXPECT_EQ(bent.chord().end().x, 5.0f);
+    EXPECT_EQ(bent.maxDeviation(), 0.0f);
+    bent.add({12, 4});
+    EXPECT_EQ(bent.chord().end().x, 12.0f);
     // (5, 0) lies 20 / sqrt(160) from the line through (0, 0) and (12, 4).
-    EXPECT_NEAR(line.maxDeviation(), 1.5811388f, 1e-6f);
-    line.add({20, 0});
-    EXPECT_NEAR(line.maxDeviation(), 80.0f / std::sqrt(160.0f), 1e-5f);
-    line.finish();
-    EXPECT_EQ(line.chord().end().x, 20.0f);
-    EXPECT_NEAR(line.maxDeviation(), 4.0f, 1e-6f); // (12, 4) from y = 0
-
+    EXPECT_NEAR(bent.maxDeviation(), 1.5811388f, 1e-6f);
+    bent.add({20, 0});
+    EXPECT_NEAR(bent.maxDeviation(), 80.0f / std::sqrt(160.0f), 1e-5f);
+    bent.finish();
+    EXPECT_EQ(bent.chord().end().x, 20.0f);
+    EXPECT_NEAR(bent.maxDeviation(), 4.0f, 1e-6f); // (12, 4) from y = 0
     // A straight line has no deviation: with margin 0 even a point on it is not near.
     TGuidanceCurve straight = lineOf({{0, 0}, {20, 0}, {40, 0}}, false);
     EXPECT_EQ(straight.count(), 2);
@@ -127,9 +109,7 @@ TEST(GuidanceCurve, NearestPiecesAndDistances) {
     float distance = 0;
     ASSERT_TRUE(line.squaredDistance({12, 5}, distance));
     EXPECT_EQ(distance, 4.0f);
-    float const notANumber = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(line.nearestSegment({notANumber, 0}, segment), -1);
-
+    EXPECT_EQ(line.nearestSegment({std::numeric_limits<float>::quiet_NaN(), 0}, segment), -1);
     TGuidanceCurve single = lineOf({{1, 1}}, true);
     EXPECT_EQ(single.nearestSegment({0, 0}, segment), -1);
     EXPECT_FALSE(single.squaredDistance({0, 0}, distance));
@@ -139,28 +119,28 @@ TEST(GuidanceCurve, NearestPiecesAndDistances) {
     appended.appendRange(line.points(), -3, 2);
     appended.appendRange(line.points(), 2, 100);
     appended.appendRange(line.points(), 3, 1);
-    expectPath(appended.points(), line.points());
+    EXPECT_TRUE(samePath(appended.points(), line.points()));
 }
 
 TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
     Path const straight{{0, 0}, {10, 0}, {20, 0}};
     TGuidanceCurve zero = lineOf(straight, true);
     zero.offsetByEvents(false, 0.0f);
-    expectPath(zero.offsetPoints(), straight);
+    EXPECT_TRUE(samePath(zero.offsetPoints(), straight));
     // Forced, the computation runs: the joint of two collinear pieces gives no point.
     TGuidanceCurve forced = lineOf(straight, true);
     forced.offsetByEvents(true, 0.0f);
-    expectPath(forced.offsetPoints(), {{0, 0}, {20, 0}});
+    EXPECT_TRUE(samePath(forced.offsetPoints(), {{0, 0}, {20, 0}}));
 
     // Two points: the piece shifted along its right normal, (0, -1) for a piece heading east.
     for (bool byEvents : {true, false}) {
         TGuidanceCurve pair = lineOf({{0, 0}, {10, 0}}, true);
         byEvents ? pair.offsetByEvents(false, 3.0f) : pair.offsetByVertices(3.0f);
-        expectPath(pair.offsetPoints(), {{0, -3}, {10, -3}});
+        EXPECT_TRUE(samePath(pair.offsetPoints(), {{0, -3}, {10, -3}}));
         // The same distance again does nothing, even though the line has changed.
         pair.add({20, 10});
         byEvents ? pair.offsetByEvents(false, 3.0f) : pair.offsetByVertices(3.0f);
-        expectPath(pair.offsetPoints(), {{0, -3}, {10, -3}});
+        EXPECT_TRUE(samePath(pair.offsetPoints(), {{0, -3}, {10, -3}}));
         pair.clear();
         EXPECT_EQ(pair.offsetDistance(), std::numeric_limits<float>::max());
         pair.offsetByEvents(false, 3.0f);
@@ -168,37 +148,31 @@ TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
     }
 }
 
-TEST(GuidanceCurve, ParallelCurvesOfSmoothLinesKeepTheirDistanceAndSide) {
-    // Left and right bends of 60 m radius between straights.
-    TGuidanceCurve const line =
-        recorded({{40, 0}, {90, 60}, {30, 0}, {120, -60}, {50, 0}, {60, 90}});
-    ASSERT_GT(line.count(), 20);
-    for (float distance : {3.0f, -3.0f, 12.0f, -12.0f, 36.0f, -36.0f}) {
-        SCOPED_TRACE(distance);
-        // Joints on the outer side of a bend lie a little farther out, by 1 / cos of half the
-        // turn between two pieces.
-        float const tolerance = 0.002f * std::fabs(distance) + 1e-4f;
-        TGuidanceCurve byEvents = line;
-        byEvents.offsetByEvents(false, distance);
-        expectParallel(line, byEvents.offsetPoints(), distance, tolerance);
-        TGuidanceCurve byVertices = line;
-        byVertices.offsetByVertices(distance);
-        expectParallel(line, byVertices.offsetPoints(), distance, tolerance);
-    }
-}
-
-TEST(GuidanceCurve, TheLoopOfATightInnerBendIsCutOut) {
-    // A left bend of 5 m radius through 144 degrees: inner offsets beyond 5 m would loop.
-    TGuidanceCurve const line = recorded({{80, 400}, {12.57f, 5}, {80, 400}});
-    for (float distance : {-6.0f, -12.0f}) {
-        SCOPED_TRACE(distance);
-        TGuidanceCurve byEvents = line;
-        byEvents.offsetByEvents(false, distance);
-        TGuidanceCurve byVertices = line;
-        byVertices.offsetByVertices(distance);
-        for (Path const* offset : {&byEvents.offsetPoints(), &byVertices.offsetPoints()}) {
-            EXPECT_EQ(selfCrossings(*offset), 0);
-            expectParallel(line, *offset, distance, 1e-4f);
+TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
+    struct Case {
+        TGuidanceCurve line;
+        std::vector<float> distances;
+        float tolerancePerMetre;
+    } const cases[] = {
+        // Left and right bends of 60 m radius between straights. Joints on the outer side of a
+        // bend lie a little farther out, by 1 / cos of half the turn between two pieces.
+        {recorded({{40, 0}, {90, 60}, {30, 0}, {120, -60}, {50, 0}, {60, 90}}),
+         {3.0f, -3.0f, 12.0f, -12.0f, 36.0f, -36.0f},
+         0.002f},
+        // A left bend of 5 m radius through 144 degrees: inner offsets beyond 5 m would loop.
+        {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f},
+    };
+    for (Case const& c : cases) {
+        ASSERT_GT(c.line.count(), 20);
+        for (float distance : c.distances) {
+            SCOPED_TRACE(distance);
+            float const tolerance = c.tolerancePerMetre * std::fabs(distance) + 1e-4f;
+            TGuidanceCurve byEvents = c.line;
+            byEvents.offsetByEvents(false, distance);
+            expectParallel(c.line, byEvents.offsetPoints(), distance, tolerance);
+            TGuidanceCurve byVertices = c.line;
+            byVertices.offsetByVertices(distance);
+            expectParallel(c.line, byVertices.offsetPoints(), distance, tolerance);
         }
     }
 }
