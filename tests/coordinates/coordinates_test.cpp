@@ -465,30 +465,16 @@ TEST(Utm_falseNorthing, equatorIsTenMillionInBothHemispheres) {
 }
 
 TEST(Utm_zone, reportedZoneAtTheEdgesAndAgainstTheProjectionZone) {
+    // Truncation toward zero and the wrap beyond 180 degrees, then the exceptions, each bound
+    // closed below and open above.
     struct Case {
         double lat, lon;
         int zone;
-    } const cases[] = {// Truncation toward zero, and the wrap beyond 180 degrees.
-                       {10, 0, 31},
-                       {10, -0.1, 30},
-                       {10, -6, 29},
-                       {10, 180, 61},
-                       {10, 181, 1},
-                       {10, -181, 60},
-                       // The exceptions, each bound closed below and open above.
-                       {56, 3, 32},
-                       {63.99, 11.99, 32},
-                       {64, 5, 31},
-                       {60, 12, 33},
-                       {56, 2.99, 31},
-                       {72, 0, 31},
-                       {72, 9, 33},
-                       {75, 21, 35},
-                       {83.99, 41.99, 37},
-                       {72, 42, 38},
-                       {71.99, 9, 32},
-                       {84, 10, 32},
-                       {0, 9, 32}};
+    } const cases[] = {{10, 0, 31},  {10, -0.1, 30},     {10, -6, 29}, {10, 180, 61},
+                       {10, 181, 1}, {10, -181, 60},     {0, 9, 32},   {56, 3, 32},
+                       {64, 5, 31},  {63.99, 11.99, 32}, {60, 12, 33}, {56, 2.99, 31},
+                       {72, 0, 31},  {72, 9, 33},        {75, 21, 35}, {83.99, 41.99, 37},
+                       {72, 42, 38}, {71.99, 9, 32},     {84, 10, 32}};
     for (Case const& c : cases)
         EXPECT_EQ(utm(c.lat, c.lon).zone, c.zone) << c.lat << ", " << c.lon;
 

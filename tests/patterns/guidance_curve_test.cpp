@@ -160,8 +160,7 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
          {3.0f, -3.0f, 12.0f, -12.0f, 36.0f, -36.0f},
          0.002f},
         // A left bend of 5 m radius through 144 degrees: inner offsets beyond 5 m would loop.
-        {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f},
-    };
+        {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f}};
     for (Case const& c : cases) {
         ASSERT_GT(c.line.count(), 20);
         for (float distance : c.distances) {

@@ -218,79 +218,46 @@ TEST(LockGuideCurve, MitersAndStepsGiveTheOffsetCornerOnceTheWindowIsFull) {
 }
 
 TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
+    // The piece (5, 5)-(5, -5) crosses (10, 0)-(0, 0) at (5, 0), 3 pieces back in 12 points.
+    Path const loop{{-20, 0}, {-10, 0}, {0, 0},   {10, 0},  {12, 5},  {5, 5},
+                    {5, -5},  {15, -5}, {25, -5}, {35, -5}, {45, -5}, {55, -5}};
+    Path const loopCut{{-20, 0}, {-10, 0}, {0, 0},   {5, 0},   {5, -5},
+                       {15, -5}, {25, -5}, {35, -5}, {45, -5}, {55, -5}};
+    // The crossing at (15, 0) lies 4 pieces back: not below 7 / 2, so the loop stays; with six
+    // points more it is below 13 / 2.
     Path const wide{{0, 0}, {10, 0}, {20, 0}, {30, 0}, {30, 10}, {15, 10}, {15, -10}};
     Path longer = wide;
-    for (float y : {-20.0f, -30.0f, -40.0f, -50.0f, -60.0f, -70.0f})
+    Path longerCut{{0, 0}, {10, 0}, {15, 0}, {15, -10}};
+    for (float y : {-20.0f, -30.0f, -40.0f, -50.0f, -60.0f, -70.0f}) {
         longer.push_back({15, y});
+        longerCut.push_back({15, y});
+    }
+    // East along y = 1, then back north-west at (31, 1) and down south-west: the probe from
+    // (24, 6) runs 20 on toward the south-west and crosses y = 1 at x = 19.
+    Path const sharp{{1, 1}, {11, 1}, {21, 1}, {31, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}};
+    Path const sharpCut{{1, 1}, {11, 1}, {19, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}};
+    // Spikes of two sharp turns in a row go, a single sharp bend stays.
+    Path const spike{{10, 10}, {20, 10}, {30, 10}, {20, 11}, {40, 10}, {50, 10}};
     Path const singleBend{{10, 10}, {20, 10}, {30, 10}, {25, 20}, {20, 30}};
+    // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners, and of
+    // 90.5 degrees sharp: the leg west runs at 269.5 degrees.
     Path const rightAngles{{10, 0}, {10, 10}, {-2, 10}, {-2, 20}, {-2, 30}};
     LocalPoint const west{-1.99954307f, 9.89528179f}; // (10, 10) + 12 * (sin, cos) of 269.5
     struct Case {
         int step; // as cleanUp numbers them
         float distance;
         Path raw, expected;
-    } const cases[] = {
-        // The piece (5, 5)-(5, -5) crosses (10, 0)-(0, 0) at (5, 0), 3 pieces back in 12 points.
-        {1,
-         5,
-         {{-20, 0},
-          {-10, 0},
-          {0, 0},
-          {10, 0},
-          {12, 5},
-          {5, 5},
-          {5, -5},
-          {15, -5},
-          {25, -5},
-          {35, -5},
-          {45, -5},
-          {55, -5}},
-         {{-20, 0},
-          {-10, 0},
-          {0, 0},
-          {5, 0},
-          {5, -5},
-          {15, -5},
-          {25, -5},
-          {35, -5},
-          {45, -5},
-          {55, -5}}},
-        // The crossing at (15, 0) lies 4 pieces back: not below 7 / 2, so the loop stays; with
-        // six points more it is below 13 / 2.
-        {1, 5, wide, wide},
-        {1,
-         5,
-         longer,
-         {{0, 0},
-          {10, 0},
-          {15, 0},
-          {15, -10},
-          {15, -20},
-          {15, -30},
-          {15, -40},
-          {15, -50},
-          {15, -60},
-          {15, -70}}},
-        // East along y = 1, then back north-west at (31, 1) and down south-west: the probe from
-        // (24, 6) runs 20 on toward the south-west and crosses y = 1 at x = 19.
-        {2,
-         20,
-         {{1, 1}, {11, 1}, {21, 1}, {31, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}},
-         {{1, 1}, {11, 1}, {19, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}}},
-        // Spikes of two sharp turns in a row go, a single sharp bend stays.
-        {3,
-         5,
-         {{10, 10}, {20, 10}, {30, 10}, {20, 11}, {40, 10}, {50, 10}},
-         {{10, 10}, {20, 10}, {40, 10}, {50, 10}}},
-        {3, 5, singleBend, singleBend},
-        // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners, and of
-        // 90.5 degrees sharp: the leg west runs at 269.5 degrees.
-        {3, 5, rightAngles, rightAngles},
-        {3,
-         5,
-         {{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}},
-         {{10, 0}, {west.x, 20}, {west.x, 30}}},
-    };
+    } const cases[] = {{1, 5, loop, loopCut},
+                       {1, 5, wide, wide},
+                       {1, 5, longer, longerCut},
+                       {2, 20, sharp, sharpCut},
+                       {3, 5, spike, {{10, 10}, {20, 10}, {40, 10}, {50, 10}}},
+                       {3, 5, singleBend, singleBend},
+                       {3, 5, rightAngles, rightAngles},
+                       {3,
+                        5,
+                        {{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}},
+                        {{10, 0}, {west.x, 20}, {west.x, 30}}}};
     for (Case const& c : cases) {
         TLockGuideCurve curve = cleanerOf(c.raw, c.distance);
         EXPECT_EQ(cleanUp(curve, c.step), c.step == 1 && c.raw.size() != c.expected.size());

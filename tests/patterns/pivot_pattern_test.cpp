@@ -40,13 +40,11 @@ TEST(PivotPattern, FitCircleMeansTheCirclesOfTriplesWithoutLastNeighbours) {
     struct Case {
         std::vector<LocalPoint> points;
         bool fitted;
-    } const cases[] = {
-        {{circle.begin(), circle.begin() + 3}, false},
-        {{{7, 3}, {7, 3}, {2, 8}, {7, 3}}, false}, // (0, 1, 3) coincide
-        {{{0, 0}, {1, 1}, {2, 2}, {3, 3}}, false},
-        {{{0, 0}, {0.5f, 0.5f}, {1, 0}, {0.5f, -0.5f}}, false}, // radius 0.5
-        {circle, true},
-    };
+    } const cases[] = {{{circle.begin(), circle.begin() + 3}, false},
+                       {{{7, 3}, {7, 3}, {2, 8}, {7, 3}}, false}, // (0, 1, 3) coincide
+                       {{{0, 0}, {1, 1}, {2, 2}, {3, 3}}, false},
+                       {{{0, 0}, {0.5f, 0.5f}, {1, 0}, {0.5f, -0.5f}}, false}, // radius 0.5
+                       {circle, true}};
     for (Case const& c : cases) {
         LocalPoint center{-1, -1};
         float radius = -1.0f;
@@ -82,14 +80,12 @@ TEST(PivotPattern, SavedFileLoadsBackAroundLatitudeAndLongitudeZeroAndNeedsState
         QByteArray settings;
         bool loaded;
         int state;
-    } const cases[] = {
-        {"[Reference]\nLat=52\nLon=13\n", false, 0},
-        {"State=1\n[Reference]\nLat=52\nLon=13\n", false, 1},
-        {"State=two\n[Reference]\nLat=52\nLon=13\n", false, 0},
-        {"State=2\n[Reference]\nEast=672509\nNorth=5800000\n", false, 2},
-        {"State=2\n[Reference]\nEast=672509\nNorth=5800000\nZone=32\n", true, 2},
-        {"State=2\nInnerRadius=ten\n[Reference]\nLat=52\n", true, 2},
-    };
+    } const cases[] = {{"[Reference]\nLat=52\nLon=13\n", false, 0},
+                       {"State=1\n[Reference]\nLat=52\nLon=13\n", false, 1},
+                       {"State=two\n[Reference]\nLat=52\nLon=13\n", false, 0},
+                       {"State=2\n[Reference]\nEast=672509\nNorth=5800000\n", false, 2},
+                       {"State=2\n[Reference]\nEast=672509\nNorth=5800000\nZone=32\n", true, 2},
+                       {"State=2\nInnerRadius=ten\n[Reference]\nLat=52\n", true, 2}};
     int file = 0;
     for (Case const& c : cases) {
         QString const other = dir.filePath(QStringLiteral("Pivot%1.ini").arg(file++));

@@ -20,13 +20,8 @@ TEST(Segment, HeadingsAreClockwiseFromNorthThroughTwoReciprocals) {
     // figures are that chain carried out by hand in single precision, for directions whose
     // atan2f every C library rounds correctly.
     Case const cases[] = {
-        {1, 0, 90.00000762939453f},
-        {0, 1, 0.0f},
-        {-1, 0, 270.0f},
-        {0, -1, 180.00001525878906f},
-        {1, 1, 45.000003814697266f},
-        {-1, -1, 225.0f},
-    };
+        {1, 0, 90.00000762939453f},  {0, 1, 0.0f},    {-1, 0, 270.0f}, {0, -1, 180.00001525878906f},
+        {1, 1, 45.000003814697266f}, {-1, -1, 225.0f}};
     for (Case const& c : cases)
         EXPECT_EQ(TSegment(1, 2, 1 + c.dx, 2 + c.dy).heading(), c.heading) << c.dx << " " << c.dy;
 
@@ -89,8 +84,7 @@ TEST(Segment, CrossingsAreHalfOpen) {
         {{0, 0, 5, 0}, {5, -5, 5, 5}, false},  // this one's end on the other
         {{5, 0, 10, 0}, {5, -5, 5, 5}, true},  // this one's start on the other
         {{0, 0, 10, 0}, {0, 1, 10, 1}, false}, // parallel
-        {{0, 0, 10, 0}, {6, -5, 6, std::numeric_limits<float>::infinity()}, false},
-    };
+        {{0, 0, 10, 0}, {6, -5, 6, std::numeric_limits<float>::infinity()}, false}};
     for (Case const& c : cases) {
         LocalPoint out{-1, -1};
         EXPECT_EQ(c.self.intersectSegment(c.other, out), c.crosses)
@@ -128,8 +122,7 @@ TEST(Segment, TracksWithBothSignConventions) {
         {{14, 50}, {0, -1}, 10, 1, -1, 4, 2, -4, -1},
         // No tracks without a positive spacing.
         {{14, 50}, {0, 1}, 0, 1, 1, 0, 0, 0, 0},
-        {{14, 50}, {0, -1}, std::numeric_limits<float>::quiet_NaN(), 1, 1, 0, 0, 0, 0},
-    };
+        {{14, 50}, {0, -1}, std::numeric_limits<float>::quiet_NaN(), 1, 1, 0, 0, 0, 0}};
     for (Case const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.p.x << " " << c.direction.y << " " << c.spacing);
         float offset = 99;

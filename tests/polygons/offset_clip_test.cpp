@@ -208,13 +208,11 @@ TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
     struct Case {
         float distance, extension;
         Path expected;
-    } const cases[] = {
-        {0.0f, 0.0f, hooked},
-        {5e-5f, 0.0f, hooked},
-        {0.0f, std::nextafter(0.1f, 0.0f), hooked},
-        {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
-        {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}},
-    };
+    } const cases[] = {{0.0f, 0.0f, hooked},
+                       {5e-5f, 0.0f, hooked},
+                       {0.0f, std::nextafter(0.1f, 0.0f), hooked},
+                       {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
+                       {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}}};
     for (Case const& c : cases) {
         PathList const lines = parallelPath({{0, 0}, {10, 0}}, c.extension, c.distance, 1.0f);
         ASSERT_EQ(lines.size(), 1u);
