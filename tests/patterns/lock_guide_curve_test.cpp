@@ -5,7 +5,6 @@
 #include "../polygons/path_checks.h"
 #include "patterns/lock_guide_curve.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -99,22 +98,19 @@ struct Literal {
         current = result[1];
         for (int i = 2; i < size(); ++i) {
             LocalPoint const p = result[i];
-            if (gentle(p)) {
-                previous = current;
-                current = p;
-                continue;
-            }
-            if (i + 1 >= size())
+            bool const sharp = !gentle(p);
+            if (sharp && i + 1 >= size())
                 return;
             previous = current;
             current = p;
+            if (!sharp)
+                continue;
             if (gentle(result[i + 1])) {
                 previous = result[i - 2];
                 current = result[i - 1];
             } else {
                 result.erase(result.begin() + i - 1, result.begin() + i + 1);
                 previous = LocalPoint{};
-                current = p;
             }
         }
     }
@@ -173,18 +169,12 @@ TLockGuideCurve cleanerOf(Path const& curve, float distance) {
 // A step of the cleaner by number, on the library's or on the literal one: cutBack at `index`,
 // removeLoops (its result), removeSharpTurns, removeSpikes.
 template <typename Cleaner> int cleanUp(Cleaner& cleaner, int step, int index = 0) {
-    switch (step) {
-    case 0:
+    if (step == 0)
         return cleaner.cutBack(index);
-    case 1:
+    if (step == 1)
         return cleaner.removeLoops();
-    case 2:
-        cleaner.removeSharpTurns();
-        return 0;
-    default:
-        cleaner.removeSpikes();
-        return 0;
-    }
+    step == 2 ? cleaner.removeSharpTurns() : cleaner.removeSpikes();
+    return 0;
 }
 
 } // namespace

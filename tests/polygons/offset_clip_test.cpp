@@ -48,17 +48,16 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
         EXPECT_FALSE(contains(shrunk[0], corner));
     }
 
-    // Four outer corners of a quarter turn; a join of no steps leaves the two moved points.
+    // Four outer corners of a quarter turn; a join of no steps leaves the two moved points, and
+    // an arc step of 1 gives trunc(pi / 2) = 1 point per join.
     struct Case {
         float distance, arc_step;
         std::size_t size;
-    } const cases[] = {
-        {-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
-        {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
-        {-1.0f, -0.1f, 8},
-        {-1.0f, notANumber, 8},
-        {-1.0f, 1.0f, 12}, // trunc(pi / 2) = 1 point per join
-    };
+    } const cases[] = {{-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
+                       {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
+                       {-1.0f, -0.1f, 8},
+                       {-1.0f, notANumber, 8},
+                       {-1.0f, 1.0f, 12}};
     for (Case const& c : cases)
         EXPECT_EQ(offsetRing(square, nullptr, c.distance, c.arc_step).size(), c.size)
             << c.distance << " " << c.arc_step;
