@@ -13,15 +13,14 @@
 namespace {
 
 GeoPoint const reference{52.5, 13.25, 41.0};
-LocalPoint const separator = TPointHistory::breakMark;
+using Records = std::vector<std::pair<float, float>>;
+// The record between two runs.
+std::pair<float, float> const separator{TPointHistory::breakMark.x, TPointHistory::breakMark.y};
 
 class CurvePattern : public ::testing::Test {
 protected:
     // The .crv file of the points around the reference, with the settings beside it if given.
-    QString write(Path const& points, QByteArray const& settings = QByteArray()) const {
-        std::vector<std::pair<float, float>> records;
-        for (LocalPoint const p : points)
-            records.push_back({p.x, p.y});
+    QString write(Records const& records, QByteArray const& settings = QByteArray()) const {
         if (!settings.isNull())
             test_support::write_file(dir.filePath("Line.ini"), settings);
         test_support::write_file(path,
@@ -30,7 +29,7 @@ protected:
         return path;
     }
     // The points loaded around the file's own reference, every point kept.
-    bool load(Path const& points) { return pattern.loadFile(write(points), reference, true); }
+    bool load(Records const& records) { return pattern.loadFile(write(records), reference, true); }
 
     QTemporaryDir dir;
     QString const path = dir.filePath("Line.crv");
@@ -47,14 +46,9 @@ TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMet
     } const cases[] = {{10.0f, 9.0f, true}, {5.0f, 9.0f, false}, {20.0f, 11.0f, false}};
     for (Case const& c : cases) {
         pattern.setJoinDistance(c.joinDistance);
-        ASSERT_TRUE(load({separator,
-                          {10, 20},
-                          {50, 20},
-                          separator,
-                          separator,
-                          {50 + c.gap, 20},
-                          {90, 20},
-                          {-3e7f, 1}}));
+        Records const runs{separator, {10, 20},         {50, 20}, separator,
+                           separator, {50 + c.gap, 20}, {90, 20}, {-3e7f, 1}};
+        ASSERT_TRUE(load(runs));
         ASSERT_EQ(pattern.curveCount(), 3) << c.gap;
         EXPECT_EQ(pattern.curvePoints(0).size(), 2u);
         // A point of the run's frame comes back at its place: away from 0 the round trip
@@ -79,8 +73,8 @@ TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMet
 TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurveAndSettingsAreReadAnyway) {
     // No head, half a head, no record, half a record, and only records that are no points.
     QByteArray const head = test_support::point_file(0, 0, 0, {});
-    QByteArray const odd = test_support::point_file(
-        0, 0, 0, {{separator.x, separator.y}, {std::nanf(""), 1}, {5, -9999999.0f}});
+    QByteArray const odd =
+        test_support::point_file(0, 0, 0, {separator, {std::nanf(""), 1}, {5, -9999999.0f}});
     for (QByteArray const& content : {QByteArray(), head.left(23), head, head + "1234567", odd}) {
         test_support::write_file(path, content);
         EXPECT_FALSE(pattern.loadFile(path, reference, false)) << content.size();
@@ -103,7 +97,7 @@ TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurveAndSettingsAreReadAny
 TEST_F(CurvePattern, WrittenPointsAreThereAfterAReloadAndTheNearestCurveIsAFinishedOne) {
     ASSERT_TRUE(load({{10, 20}, {30, 20}}));
     EXPECT_TRUE(pattern.writePoint({50, 20}));
-    EXPECT_TRUE(pattern.writePoint(separator));
+    EXPECT_TRUE(pattern.writePoint(TPointHistory::breakMark));
     EXPECT_TRUE(pattern.writePoint({70, 20}));
     ASSERT_TRUE(pattern.loadFile(path, reference, true));
     ASSERT_EQ(pattern.curveCount(), 3);
@@ -116,7 +110,8 @@ TEST_F(CurvePattern, WrittenPointsAreThereAfterAReloadAndTheNearestCurveIsAFinis
     EXPECT_FALSE(pattern.writePoint({90, 20}));
 
     // The open curve is left out, the later curve wins a tie, and the limit is strict.
-    ASSERT_TRUE(load({{10, -10}, {30, -10}, separator, {10, 10}, {30, 10}}));
+    Records const twoLines{{10, -10}, {30, -10}, separator, {10, 10}, {30, 10}};
+    ASSERT_TRUE(load(twoLines));
     pattern.lastCurve().add({20, 1});
     pattern.lastCurve().add({20, 2});
     EXPECT_EQ(pattern.nearestCurve({20, 0}, -1.0f), 1);

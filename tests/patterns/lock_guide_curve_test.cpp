@@ -228,11 +228,14 @@ TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
     Path const sharpCut{{1, 1}, {11, 1}, {19, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}};
     // Spikes of two sharp turns in a row go, a single sharp bend stays.
     Path const spike{{10, 10}, {20, 10}, {30, 10}, {20, 11}, {40, 10}, {50, 10}};
+    Path const spikeCut{{10, 10}, {20, 10}, {40, 10}, {50, 10}};
     Path const singleBend{{10, 10}, {20, 10}, {30, 10}, {25, 20}, {20, 30}};
     // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners, and of
     // 90.5 degrees sharp: the leg west runs at 269.5 degrees.
     Path const rightAngles{{10, 0}, {10, 10}, {-2, 10}, {-2, 20}, {-2, 30}};
     LocalPoint const west{-1.99954307f, 9.89528179f}; // (10, 10) + 12 * (sin, cos) of 269.5
+    Path const sharper{{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}};
+    Path const sharperCut{{10, 0}, {west.x, 20}, {west.x, 30}};
     struct Case {
         int step; // as cleanUp numbers them
         float distance;
@@ -241,13 +244,10 @@ TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
                        {1, 5, wide, wide},
                        {1, 5, longer, longerCut},
                        {2, 20, sharp, sharpCut},
-                       {3, 5, spike, {{10, 10}, {20, 10}, {40, 10}, {50, 10}}},
+                       {3, 5, spike, spikeCut},
                        {3, 5, singleBend, singleBend},
                        {3, 5, rightAngles, rightAngles},
-                       {3,
-                        5,
-                        {{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}},
-                        {{10, 0}, {west.x, 20}, {west.x, 30}}}};
+                       {3, 5, sharper, sharperCut}};
     for (Case const& c : cases) {
         TLockGuideCurve curve = cleanerOf(c.raw, c.distance);
         EXPECT_EQ(cleanUp(curve, c.step), c.step == 1 && c.raw.size() != c.expected.size());
