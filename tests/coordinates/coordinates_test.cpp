@@ -72,10 +72,7 @@ SMat const general({2.0, -1.0, 0.5}, {0.3, 4.0, -2.0}, {-1.5, 0.25, 3.0});
 SVec const w(0.7, -1.1, 2.3);
 
 struct Grid {
-    double east = 0.0;
-    double north = 0.0;
-    double scale = 0.0;
-    double convergence = 0.0;
+    double east = 0.0, north = 0.0, scale = 0.0, convergence = 0.0;
     int zone = 0;
 };
 
@@ -183,9 +180,7 @@ TEST(Algebra_rotation, rotationsAreRightHandedAndGiveTheirAttitudeBack) {
     SMat const bodyToLocal = rotationFromAxisAngle(SVec(0, 0, 1), 130.0 * degree) *
                              rotationFromAxisAngle(SVec(0, 1, 0), 10.0 * degree) *
                              rotationFromAxisAngle(SVec(1, 0, 0), -25.0 * degree);
-    double pitch = 0.0;
-    double roll = 0.0;
-    double heading = 0.0;
+    double pitch = 0.0, roll = 0.0, heading = 0.0;
     OrthoMat(transpose(bodyToLocal)).PitchRollHeading(pitch, roll, heading);
     EXPECT_NEAR(pitch, 10.0, 1e-12);
     EXPECT_NEAR(roll, -25.0, 1e-12);
@@ -199,9 +194,7 @@ TEST(Algebra_rotation, rotationsAreRightHandedAndGiveTheirAttitudeBack) {
 
 TEST(CoordConv_centre, unsetFrameRefusesAndAnEcefCentreGoesThroughGeodetic) {
     CoordConv frame;
-    double a = 7.0;
-    double b = 7.0;
-    double c = 7.0;
+    double a = 7.0, b = 7.0, c = 7.0;
     EXPECT_FALSE(frame.getLocalCenterLLH(&a, &b, &c));
     EXPECT_FALSE(frame.getLocalCenterECEF(&a, &b, &c));
     EXPECT_FALSE(frame.ECEFToLocal(6378137.0, 0.0, 0.0, &a, &b));
@@ -439,8 +432,7 @@ TEST(Utm_falseNorthing, equatorIsTenMillionInBothHemispheres) {
     EXPECT_EQ(back.longitude, 8.9999999999999982);
 
     // A northern point lies more than ten million metres north of the grid's origin.
-    double east = 0.0;
-    double north = 0.0;
+    double east = 0.0, north = 0.0;
     int zone = 0;
     geoToUtm({50.0, 9.0, 123.0}, east, north, zone);
     EXPECT_GT(north, 15000000.0);
