@@ -166,12 +166,11 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
         for (float distance : c.distances) {
             SCOPED_TRACE(distance);
             float const tolerance = c.tolerancePerMetre * std::fabs(distance) + 1e-4f;
-            TGuidanceCurve byEvents = c.line;
-            byEvents.offsetByEvents(false, distance);
-            expectParallel(c.line, byEvents.offsetPoints(), distance, tolerance);
-            TGuidanceCurve byVertices = c.line;
-            byVertices.offsetByVertices(distance);
-            expectParallel(c.line, byVertices.offsetPoints(), distance, tolerance);
+            for (bool byEvents : {true, false}) {
+                TGuidanceCurve curve = c.line;
+                byEvents ? curve.offsetByEvents(false, distance) : curve.offsetByVertices(distance);
+                expectParallel(c.line, curve.offsetPoints(), distance, tolerance);
+            }
         }
     }
 }

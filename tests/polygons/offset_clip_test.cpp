@@ -23,6 +23,31 @@ bool contains(Path const& path, LocalPoint point) {
                        [&](LocalPoint p) { return p.x == point.x && p.y == point.y; });
 }
 
+// Largest error of a line's distance from its source: the 0.02 simplification, the sagitta of an
+// arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)), 0.016) and the grid.
+float const lineTolerance = 0.02f + 0.016f + 2e-4f;
+float const lineArcStep = 0.5f;
+
+// Every point of the line lies `distance` from the source, on its left (y up) for a positive
+// distance: judged by the nearest segment, where a point beside a vertex counts for both sides.
+void expectAtDistance(Path const& line, Path const& source, float distance) {
+    for (LocalPoint p : line) {
+        float nearest = std::numeric_limits<float>::max();
+        float side = 0.0f;
+        for (std::size_t i = 0; i + 1 < source.size(); ++i) {
+            LocalPoint const a = source[i];
+            LocalPoint const b = source[i + 1];
+            LocalPoint const q = closestOnSegment(p, a, b);
+            if (std::hypot(p.x - q.x, p.y - q.y) < nearest) {
+                nearest = std::hypot(p.x - q.x, p.y - q.y);
+                side = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+            }
+        }
+        EXPECT_NEAR(nearest, std::fabs(distance), lineTolerance) << p.x << " " << p.y;
+        EXPECT_GE(side * distance, 0.0f) << p.x << " " << p.y;
+    }
+}
+
 } // namespace
 
 TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
@@ -122,35 +147,6 @@ TEST(ClipPaths, OpenPathsWithASpikeFail) {
             spike);
     }
 }
-
-namespace {
-
-// Largest error of a line's distance from its source: the 0.02 simplification, the sagitta of an
-// arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)), 0.016) and the grid.
-float const lineTolerance = 0.02f + 0.016f + 2e-4f;
-float const lineArcStep = 0.5f;
-
-// Every point of the line lies `distance` from the source, on its left (y up) for a positive
-// distance: judged by the nearest segment, where a point beside a vertex counts for both sides.
-void expectAtDistance(Path const& line, Path const& source, float distance) {
-    for (LocalPoint p : line) {
-        float nearest = std::numeric_limits<float>::max();
-        float side = 0.0f;
-        for (std::size_t i = 0; i + 1 < source.size(); ++i) {
-            LocalPoint const a = source[i];
-            LocalPoint const b = source[i + 1];
-            LocalPoint const q = closestOnSegment(p, a, b);
-            if (std::hypot(p.x - q.x, p.y - q.y) < nearest) {
-                nearest = std::hypot(p.x - q.x, p.y - q.y);
-                side = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
-            }
-        }
-        EXPECT_NEAR(nearest, std::fabs(distance), lineTolerance) << p.x << " " << p.y;
-        EXPECT_GE(side * distance, 0.0f) << p.x << " " << p.y;
-    }
-}
-
-} // namespace
 
 TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     Path const straight{{0, 0}, {50, 0}};
