@@ -2,7 +2,6 @@
 // both procedures, checked by their geometry where the arithmetic is not fixed.
 #include "../polygons/path_checks.h"
 #include "patterns/guidance_curve.h"
-#include "polygons/path_measures.h"
 
 #include <cmath>
 #include <limits>
@@ -17,21 +16,17 @@ TGuidanceCurve lineOf(Path const& points, bool keepAll) {
 }
 
 // A line recorded as a driver drives it: from the origin heading east-south-east, through arcs
-// of the given radius (positive turning left, 0 straight), a point every metre (every half metre
-// in bends tighter than 20 m) through add().
-struct Arc {
-    float length;
-    float radius;
-};
-TGuidanceCurve recorded(std::initializer_list<Arc> arcs) {
+// (length, radius; a positive radius turning left, 0 straight), a point every metre (every half
+// metre in bends tighter than 20 m) through add().
+TGuidanceCurve recorded(std::initializer_list<std::pair<float, float>> arcs) {
     TGuidanceCurve line;
     LocalPoint p{0.0f, 0.0f};
     float angle = -0.15f; // counter-clockwise from +x, with y up
     line.add(p);
-    for (Arc const& arc : arcs) {
-        float const step = arc.radius != 0.0f && std::fabs(arc.radius) < 20.0f ? 0.5f : 1.0f;
-        for (float s = 0.0f; s < arc.length; s += step) {
-            angle += arc.radius != 0.0f ? step / arc.radius : 0.0f;
+    for (auto const& [length, radius] : arcs) {
+        float const step = radius != 0.0f && std::fabs(radius) < 20.0f ? 0.5f : 1.0f;
+        for (float s = 0.0f; s < length; s += step) {
+            angle += radius != 0.0f ? step / radius : 0.0f;
             p = {p.x + step * std::cos(angle), p.y + step * std::sin(angle)};
             line.add(p);
         }
@@ -39,35 +34,11 @@ TGuidanceCurve recorded(std::initializer_list<Arc> arcs) {
     return line;
 }
 
-// Every point of the parallel curve lies `distance` from the line, within `tolerance`, on the
-// side that the sign gives (the right of the direction of travel for a positive distance), and
-// the curve does not cross itself.
-void expectParallel(TGuidanceCurve const& line, Path const& offset, float distance,
-                    float tolerance) {
-    ASSERT_GE(offset.size(), 2u);
-    for (LocalPoint const p : offset) {
-        EXPECT_NEAR(distanceToPath(p, line.points(), false), std::fabs(distance), tolerance)
-            << p.x << " " << p.y;
-        TSegment nearest;
-        ASSERT_GT(line.nearestSegment(p, nearest), 0);
-        EXPECT_GT(nearest.signedLineDistance(p, nearest.direction()) * distance, 0.0f)
-            << p.x << " " << p.y;
-    }
-    for (std::size_t i = 1; i < offset.size(); ++i)
-        for (std::size_t j = i + 2; j < offset.size(); ++j) {
-            LocalPoint out;
-            EXPECT_FALSE(TSegment(offset[i - 1], offset[i])
-                             .intersectSegment({offset[j - 1], offset[j]}, out))
-                << i << " " << j;
-        }
-}
-
 } // namespace
 
 TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
     TGuidanceCurve line;
-    EXPECT_TRUE(line.add({0, 0}));
-    EXPECT_TRUE(line.add({10, 0}));
+    EXPECT_TRUE(line.add({0, 0}) && line.add({10, 0}));
     EXPECT_FALSE(line.add({11.5f, 0.5f})); // 1.58 from the last point: refused
     EXPECT_FALSE(line.add({13, 0.05f}));   // 0.05 off the last piece: replaces the last point
     EXPECT_TRUE(line.add({20, 5}));
@@ -81,8 +52,7 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
 
     // The chord waits for a point more than 10 away.
     TGuidanceCurve bent = lineOf({{0, 0}, {5, 0}, {8, 3}}, false);
-    EXPECT_EQ(bent.chord().end().x, 5.0f);
-    EXPECT_EQ(bent.maxDeviation(), 0.0f);
+    EXPECT_TRUE(bent.chord().end().x == 5.0f && bent.maxDeviation() == 0.0f);
     bent.add({12, 4});
     EXPECT_EQ(bent.chord().end().x, 12.0f);
     // (5, 0) lies 20 / sqrt(160) from the line through (0, 0) and (12, 4).
@@ -95,8 +65,7 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
     // A straight line has no deviation: with margin 0 even a point on it is not near.
     TGuidanceCurve straight = lineOf({{0, 0}, {20, 0}, {40, 0}}, false);
     EXPECT_EQ(straight.count(), 2);
-    EXPECT_FALSE(straight.nearChord({10, 1}, 0.0f));
-    EXPECT_TRUE(straight.nearChord({10, 1}, 1.5f));
+    EXPECT_TRUE(!straight.nearChord({10, 1}, 0.0f) && straight.nearChord({10, 1}, 1.5f));
 }
 
 TEST(GuidanceCurve, NearestPiecesAndDistances) {
@@ -107,8 +76,7 @@ TEST(GuidanceCurve, NearestPiecesAndDistances) {
     // (11, -1) is sqrt(2) from both pieces: the first wins.
     EXPECT_EQ(line.nearestSegment({11, -1}, segment), 1);
     float distance = 0;
-    ASSERT_TRUE(line.squaredDistance({12, 5}, distance));
-    EXPECT_EQ(distance, 4.0f);
+    EXPECT_TRUE(line.squaredDistance({12, 5}, distance) && distance == 4.0f);
     EXPECT_EQ(line.nearestSegment({std::numeric_limits<float>::quiet_NaN(), 0}, segment), -1);
     TGuidanceCurve single = lineOf({{1, 1}}, true);
     EXPECT_EQ(single.nearestSegment({0, 0}, segment), -1);
@@ -116,9 +84,8 @@ TEST(GuidanceCurve, NearestPiecesAndDistances) {
 
     // Ranges are held to the source.
     TGuidanceCurve appended;
-    appended.appendRange(line.points(), -3, 2);
-    appended.appendRange(line.points(), 2, 100);
-    appended.appendRange(line.points(), 3, 1);
+    for (auto const& [first, last] : {std::pair{-3, 2}, std::pair{2, 100}, std::pair{3, 1}})
+        appended.appendRange(line.points(), first, last);
     EXPECT_TRUE(samePath(appended.points(), line.points()));
 }
 
@@ -128,19 +95,19 @@ TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
     zero.offsetByEvents(false, 0.0f);
     EXPECT_TRUE(samePath(zero.offsetPoints(), straight));
     // Forced, the computation runs: the joint of two collinear pieces gives no point.
-    TGuidanceCurve forced = lineOf(straight, true);
-    forced.offsetByEvents(true, 0.0f);
-    EXPECT_TRUE(samePath(forced.offsetPoints(), {{0, 0}, {20, 0}}));
+    zero = lineOf(straight, true);
+    zero.offsetByEvents(true, 0.0f);
+    EXPECT_TRUE(samePath(zero.offsetPoints(), {{0, 0}, {20, 0}}));
 
     // Two points: the piece shifted along its right normal, (0, -1) for a piece heading east.
     for (bool byEvents : {true, false}) {
         TGuidanceCurve pair = lineOf({{0, 0}, {10, 0}}, true);
-        byEvents ? pair.offsetByEvents(false, 3.0f) : pair.offsetByVertices(3.0f);
-        EXPECT_TRUE(samePath(pair.offsetPoints(), {{0, -3}, {10, -3}}));
-        // The same distance again does nothing, even though the line has changed.
-        pair.add({20, 10});
-        byEvents ? pair.offsetByEvents(false, 3.0f) : pair.offsetByVertices(3.0f);
-        EXPECT_TRUE(samePath(pair.offsetPoints(), {{0, -3}, {10, -3}}));
+        for (int run = 0; run < 2; ++run) {
+            // The same distance again does nothing, even though the line has changed.
+            byEvents ? pair.offsetByEvents(false, 3.0f) : pair.offsetByVertices(3.0f);
+            EXPECT_TRUE(samePath(pair.offsetPoints(), {{0, -3}, {10, -3}}));
+            pair.add({20, 10});
+        }
         pair.clear();
         EXPECT_EQ(pair.offsetDistance(), std::numeric_limits<float>::max());
         pair.offsetByEvents(false, 3.0f);
@@ -164,12 +131,22 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
     for (Case const& c : cases) {
         ASSERT_GT(c.line.count(), 20);
         for (float distance : c.distances) {
-            SCOPED_TRACE(distance);
-            float const tolerance = c.tolerancePerMetre * std::fabs(distance) + 1e-4f;
             for (bool byEvents : {true, false}) {
+                SCOPED_TRACE(testing::Message() << distance << (byEvents ? " by events" : ""));
                 TGuidanceCurve curve = c.line;
                 byEvents ? curve.offsetByEvents(false, distance) : curve.offsetByVertices(distance);
-                expectParallel(c.line, curve.offsetPoints(), distance, tolerance);
+                // A positive distance lies on the right of the direction of travel, and the
+                // curve does not cross itself.
+                Path const& offset = curve.offsetPoints();
+                expectBeside(offset, c.line.points(), -distance,
+                             c.tolerancePerMetre * std::fabs(distance) + 1e-4f);
+                for (std::size_t i = 1; i < offset.size(); ++i)
+                    for (std::size_t j = i + 2; j < offset.size(); ++j) {
+                        LocalPoint out;
+                        EXPECT_FALSE(TSegment(offset[i - 1], offset[i])
+                                         .intersectSegment({offset[j - 1], offset[j]}, out))
+                            << i << " " << j;
+                    }
             }
         }
     }

@@ -28,26 +28,6 @@ bool contains(Path const& path, LocalPoint point) {
 float const lineTolerance = 0.02f + 0.016f + 2e-4f;
 float const lineArcStep = 0.5f;
 
-// Every point of the line lies `distance` from the source, on its left (y up) for a positive
-// distance: judged by the nearest segment, where a point beside a vertex counts for both sides.
-void expectAtDistance(Path const& line, Path const& source, float distance) {
-    for (LocalPoint p : line) {
-        float nearest = std::numeric_limits<float>::max();
-        float side = 0.0f;
-        for (std::size_t i = 0; i + 1 < source.size(); ++i) {
-            LocalPoint const a = source[i];
-            LocalPoint const b = source[i + 1];
-            LocalPoint const q = closestOnSegment(p, a, b);
-            if (std::hypot(p.x - q.x, p.y - q.y) < nearest) {
-                nearest = std::hypot(p.x - q.x, p.y - q.y);
-                side = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
-            }
-        }
-        EXPECT_NEAR(nearest, std::fabs(distance), lineTolerance) << p.x << " " << p.y;
-        EXPECT_GE(side * distance, 0.0f) << p.x << " " << p.y;
-    }
-}
-
 } // namespace
 
 TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
@@ -158,7 +138,7 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
             PathList const lines = parallelPath(source, 0.0f, distance, lineArcStep);
             ASSERT_EQ(lines.size(), 1u);
             ASSERT_GE(lines[0].size(), 2u);
-            expectAtDistance(lines[0], source, distance);
+            expectBeside(lines[0], source, distance, lineTolerance);
             EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
                       distanceToPath(lines[0].front(), {source.front()}, true));
         }
@@ -181,7 +161,7 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     PathList const left = parallelPath(loop, 0.0f, 2.0f, lineArcStep);
     auto const closed = std::find_if(left.begin(), left.end(), isClosed);
     ASSERT_NE(closed, left.end());
-    expectAtDistance(*closed, loop, 2.0f);
+    expectBeside(*closed, loop, 2.0f, lineTolerance);
     PathList const right = parallelPath(loop, 0.0f, -2.0f, lineArcStep);
     EXPECT_EQ(std::count_if(right.begin(), right.end(), isClosed), 0);
     EXPECT_EQ(std::count_if(right.begin(), right.end(), [](Path const& l) { return l.empty(); }),
