@@ -1,5 +1,6 @@
 // Curve patterns loaded from real .crv and settings files, appended to and searched, and the
 // geometry helpers of the curves.
+#include "../polygons/path_checks.h"
 #include "patterns/curve_pattern.h"
 
 #include "test_support/test_support.h"
@@ -50,15 +51,14 @@ TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMet
                            separator, {50 + c.gap, 20}, {90, 20}, {-3e7f, 1}};
         ASSERT_TRUE(load(runs));
         ASSERT_EQ(pattern.curveCount(), 3) << c.gap;
-        EXPECT_EQ(pattern.curvePoints(0).size(), 2u);
         // A point of the run's frame comes back at its place: away from 0 the round trip
         // through degrees is far below a float's step.
-        EXPECT_EQ(pattern.curvePoints(1).front().x, 50 + c.gap);
-        EXPECT_EQ(pattern.curvePoints(1).front().y, 20.0f);
-        EXPECT_TRUE(pattern.lastCurvePoints().empty());
-        EXPECT_FALSE(pattern.lastCurve().joinedToPrevious());
-        EXPECT_EQ(pattern.neighbourCurve(1).joinedToNext(), c.joined) << c.gap;
-        EXPECT_EQ(pattern.neighbourCurve(2).joinedToPrevious(), c.joined) << c.gap;
+        EXPECT_TRUE(samePath(pattern.curvePoints(1), {{50 + c.gap, 20}, {90, 20}}));
+        EXPECT_TRUE(pattern.curvePoints(0).size() == 2 && pattern.lastCurvePoints().empty() &&
+                    !pattern.lastCurve().joinedToPrevious());
+        EXPECT_TRUE(pattern.neighbourCurve(1).joinedToNext() == c.joined &&
+                    pattern.neighbourCurve(2).joinedToPrevious() == c.joined)
+            << c.gap;
     }
 
     // A centre 0.0009 degrees north of the reference: at 52.5 degrees a degree of latitude is
@@ -66,8 +66,7 @@ TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMet
     // reference lies 0.0009 * 111,276.8 = 100.149 m south of the centre.
     GeoPoint const centre{reference.latitude + 0.0009, reference.longitude, reference.height};
     ASSERT_TRUE(pattern.loadFile(write({{0, 0}}), centre, true));
-    EXPECT_NEAR(pattern.firstCurvePoints()[0].x, 0.0f, 0.01f);
-    EXPECT_NEAR(pattern.firstCurvePoints()[0].y, 100.149f, 0.005f);
+    EXPECT_TRUE(samePath(pattern.firstCurvePoints(), {{0, 100.149f}}, 0.005f));
 }
 
 TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurveAndSettingsAreReadAnyway) {
@@ -86,70 +85,63 @@ TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurveAndSettingsAreReadAny
     QFile::remove(path);
     EXPECT_FALSE(pattern.loadFile(path, reference, false));
     QByteArray position;
-    EXPECT_TRUE(pattern.basePositionValue(position));
-    EXPECT_EQ(position, "{W84,N1D,E2D,3}");
-    EXPECT_EQ(pattern.correctionSourceValue(), 7);
+    EXPECT_TRUE(pattern.basePositionValue(position) && position == "{W84,N1D,E2D,3}" &&
+                pattern.correctionSourceValue() == 7);
     EXPECT_TRUE(pattern.loadFile(write({{1, 2}}, "CorrectionSource=text\n"), reference, false));
-    EXPECT_FALSE(pattern.basePositionValue(position));
-    EXPECT_EQ(pattern.correctionSourceValue(), 0);
+    EXPECT_TRUE(!pattern.basePositionValue(position) && pattern.correctionSourceValue() == 0);
 }
 
 TEST_F(CurvePattern, WrittenPointsAreThereAfterAReloadAndTheNearestCurveIsAFinishedOne) {
     ASSERT_TRUE(load({{10, 20}, {30, 20}}));
-    EXPECT_TRUE(pattern.writePoint({50, 20}));
-    EXPECT_TRUE(pattern.writePoint(TPointHistory::breakMark));
-    EXPECT_TRUE(pattern.writePoint({70, 20}));
+    for (LocalPoint const p : {LocalPoint{50, 20}, TPointHistory::breakMark, LocalPoint{70, 20}})
+        EXPECT_TRUE(pattern.writePoint(p));
     ASSERT_TRUE(pattern.loadFile(path, reference, true));
     ASSERT_EQ(pattern.curveCount(), 3);
-    EXPECT_EQ(pattern.firstCurvePoints().size(), 3u);
-    EXPECT_EQ(pattern.firstCurvePoints().back().x, 50.0f);
-    EXPECT_EQ(pattern.curvePoints(1).size(), 1u);
+    EXPECT_TRUE(samePath(pattern.firstCurvePoints(), {{10, 20}, {30, 20}, {50, 20}}, 1e-5f));
+    EXPECT_TRUE(samePath(pattern.curvePoints(1), {{70, 20}}, 1e-5f));
     EXPECT_FALSE(pattern.deleteFile());
-    EXPECT_FALSE(QFile::exists(path));
-    EXPECT_EQ(pattern.curveCount(), 1);
-    EXPECT_FALSE(pattern.writePoint({90, 20}));
+    EXPECT_TRUE(!QFile::exists(path) && pattern.curveCount() == 1 && !pattern.writePoint({90, 20}));
 
     // The open curve is left out, the later curve wins a tie, and the limit is strict.
     Records const twoLines{{10, -10}, {30, -10}, separator, {10, 10}, {30, 10}};
     ASSERT_TRUE(load(twoLines));
     pattern.lastCurve().add({20, 1});
     pattern.lastCurve().add({20, 2});
-    EXPECT_EQ(pattern.nearestCurve({20, 0}, -1.0f), 1);
-    EXPECT_EQ(pattern.nearestCurve({20, -1}, -1.0f), 0);
-    EXPECT_EQ(pattern.nearestCurve({20, 0}, 10.0f), -1);
-    EXPECT_EQ(pattern.nearestCurve({20, -2}, 10.0f), 0);
+    EXPECT_EQ((std::vector<int>{
+                  pattern.nearestCurve({20, 0}, -1.0f), pattern.nearestCurve({20, -1}, -1.0f),
+                  pattern.nearestCurve({20, 0}, 10.0f), pattern.nearestCurve({20, -2}, 10.0f)}),
+              (std::vector<int>{1, 0, -1, 0}));
 }
 
 TEST(CurveGeometry, WalksByStraightLineDistance) {
     Path const line{{0, 0}, {1, 0}, {2, 0}, {2, 3}, {0, 3}};
-    EXPECT_EQ(TCurvePattern::indexAtDistance(line, 0, 1, 1.5f), 2);
+    auto const at = [&](int start, int step, float distance) {
+        return TCurvePattern::indexAtDistance(line, start, step, distance);
+    };
     // (2, 3) and (0, 3) lie 3.61 and 3 from (0, 0), though 5 and 7 along the line.
-    EXPECT_EQ(TCurvePattern::indexAtDistance(line, 0, 1, 3.7f), 4);
-    EXPECT_EQ(TCurvePattern::indexAtDistance(line, 4, 1, 1.0f), 4);
-    EXPECT_EQ(TCurvePattern::indexAtDistance(line, 0, -1, 1.0f), 0);
-    EXPECT_EQ(TCurvePattern::indexAtDistance(line, 4, -1, 2.5f), 2);
-    EXPECT_EQ(TCurvePattern::indexAtDistance({{0, 0}}, 0, 1, 1.0f), -1);
+    EXPECT_EQ(
+        (std::vector<int>{at(0, 1, 1.5f), at(0, 1, 3.7f), at(4, 1, 1.0f), at(0, -1, 1.0f),
+                          at(4, -1, 2.5f), TCurvePattern::indexAtDistance({{0, 0}}, 0, 1, 1)}),
+        (std::vector<int>{2, 4, 4, 0, 2, -1}));
 
-    // From (2, 3) the walk ends 2 away; start moves back to (2, 0), 3.61 from the end.
-    int start = 3;
-    EXPECT_EQ(TCurvePattern::widenToDistance(line, start, 1, 2.5f), 4);
-    EXPECT_EQ(start, 2);
-    start = 3;
-    EXPECT_EQ(TCurvePattern::widenToDistance(line, start, 1, 3.7f), 4);
-    EXPECT_EQ(start, 0) << "no point lies 3.7 from (0, 3)";
+    // From (2, 3) the walk ends 2 away; start moves back to (2, 0), 3.61 from the end. No point
+    // lies 3.7 from (0, 3).
+    for (auto const& [distance, first] : {std::pair{2.5f, 2}, std::pair{3.7f, 0}}) {
+        int start = 3;
+        EXPECT_EQ(TCurvePattern::widenToDistance(line, start, 1, distance), 4);
+        EXPECT_EQ(start, first) << distance;
+    }
 
     int index = -1;
     EXPECT_EQ(TCurvePattern::nearestPointIndex(line, {1.5f, 0}), 1);
     TSegment const piece = TCurvePattern::nearestSegment(line, {2, 1}, &index);
-    EXPECT_EQ(index, 3);
-    EXPECT_TRUE(piece.start().y == 0.0f && piece.end().y == 3.0f);
+    EXPECT_TRUE(index == 3 && samePath({piece.start(), piece.end()}, {{2, 0}, {2, 3}}));
     EXPECT_TRUE(TCurvePattern::projectionPassesEnd({{0, 0}, {1.5f, 0}}, line, 0, 1));
     EXPECT_FALSE(TCurvePattern::projectionPassesEnd({{0, 0}, {1.5f, 0}}, line, 1, -1));
 
     // Angles wrap into one turn; 5.78 and 0.43 after wrapping lie more than half a turn apart,
     // so b comes up by a turn.
-    float a = 0.1f;
-    float b = 6.2f;
+    float a = 0.1f, b = 6.2f;
     TCurvePattern::wrapAngles(a, b);
     EXPECT_TRUE(a == 0.1f && b == 6.2f - 6.2831855f);
     a = -0.5f;
