@@ -4,6 +4,8 @@
 #include "patterns/segment.h"
 
 #include <limits>
+#include <tuple>
+#include <vector>
 
 namespace {
 
@@ -45,16 +47,17 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
     EXPECT_TRUE(samePath({out}, {{1, 1}}));
 
     EXPECT_TRUE(samePath({north.normal()}, {{1, 0}}));
-    EXPECT_EQ(north.signedLineDistance({3, 50}, {0, 1}), 3.0f);
-    EXPECT_EQ(north.signedLineDistance({-3, 50}, {0, 1}), -3.0f);
-    EXPECT_EQ(north.signedLineDistance({-3, 50}, {0, -1}), 3.0f);
+    EXPECT_EQ((std::vector<float>{north.signedLineDistance({3, 50}, {0, 1}),
+                                  north.signedLineDistance({-3, 50}, {0, 1}),
+                                  north.signedLineDistance({-3, 50}, {0, -1})}),
+              (std::vector<float>{3, -3, 3}));
 
     // The x axis decides first: x says before start although y says behind end.
     TSegment const diagonal(0, 0, 10, 10);
-    EXPECT_EQ(diagonal.positionOf({-1, 20}), -1);
-    EXPECT_EQ(diagonal.positionOf(diagonal.start()), 0);
-    EXPECT_EQ(diagonal.positionOf(diagonal.end()), 0);
-    EXPECT_EQ(TSegment(10, 0, 10, 5).positionOf({10, 6}), 1);
+    EXPECT_EQ((std::vector<int>{diagonal.positionOf({-1, 20}), diagonal.positionOf({0, 0}),
+                                diagonal.positionOf({10, 10}),
+                                TSegment(10, 0, 10, 5).positionOf({10, 6})}),
+              (std::vector<int>{-1, 0, 0, 1}));
 
     TSegment const east(0, 0, 10, 0);
     EXPECT_TRUE(samePath({east.closestPoint({15, 3}), east.closestOnRay({15, 3}, true),
@@ -64,11 +67,8 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
     EXPECT_EQ(east.rayDistanceSquared({15, 3}, true), 9.0f);
 
     float x = 99;
-    EXPECT_FALSE(east.xAtY(0, x));
-    EXPECT_FALSE(TSegment(0, 0, 10, 20).xAtY(21, x));
-    EXPECT_EQ(x, 99.0f);
-    ASSERT_TRUE(TSegment(0, 0, 10, 20).xAtY(10, x));
-    EXPECT_EQ(x, 5.0f);
+    EXPECT_TRUE(!east.xAtY(0, x) && !TSegment(0, 0, 10, 20).xAtY(21, x) && x == 99.0f);
+    EXPECT_TRUE(TSegment(0, 0, 10, 20).xAtY(10, x) && x == 5.0f);
 }
 
 TEST(Segment, CrossingsAreHalfOpen) {
@@ -94,8 +94,7 @@ TEST(Segment, CrossingsAreHalfOpen) {
 
     // Parallel lines leave `out` alone; a crossing outside this segment is written anyway.
     LocalPoint out{-1, -1};
-    EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLine({0, 1, 10, 1}, out));
-    EXPECT_TRUE(samePath({out}, {{-1, -1}}));
+    EXPECT_TRUE(!TSegment(0, 0, 10, 0).intersectLine({0, 1, 10, 1}, out) && out.x == -1.0f);
     EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLineOnThis({20, -5, 20, 5}, out));
     EXPECT_TRUE(samePath({out}, {{20, 0}}));
     EXPECT_TRUE(TSegment(0, 0, 10, 0).intersectLine({20, -5, 20, 5}, out));
@@ -127,12 +126,11 @@ TEST(Segment, TracksWithBothSignConventions) {
         SCOPED_TRACE(testing::Message() << c.p.x << " " << c.direction.y << " " << c.spacing);
         float offset = 99;
         int index = 99;
-        EXPECT_EQ(north.trackOffset(c.p, c.direction, c.spacing, c.width, offset, index), c.sign);
-        EXPECT_EQ(offset, c.offset);
-        EXPECT_EQ(index, c.index);
-        int const indexSign = north.trackIndex(c.p, c.direction, c.spacing, offset, index);
-        EXPECT_EQ(indexSign, c.spacing > 0 ? (c.direction.y < 0 ? -1 : 1) : 1);
-        EXPECT_EQ(offset, c.indexOffset);
-        EXPECT_EQ(index, c.indexIndex);
+        int sign = north.trackOffset(c.p, c.direction, c.spacing, c.width, offset, index);
+        EXPECT_EQ(std::tuple(sign, offset, index), std::tuple(c.sign, c.offset, c.index));
+        sign = north.trackIndex(c.p, c.direction, c.spacing, offset, index);
+        EXPECT_EQ(
+            std::tuple(sign, offset, index),
+            std::tuple(c.spacing > 0 && c.direction.y < 0 ? -1 : 1, c.indexOffset, c.indexIndex));
     }
 }
