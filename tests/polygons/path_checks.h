@@ -10,6 +10,8 @@
 #include <cmath>
 #include <limits>
 
+inline float const notANumber = std::numeric_limits<float>::quiet_NaN();
+
 // Each coordinate within `tolerance` of the expected one; with the default 0, exactly equal,
 // not-a-number matching not-a-number. A single point is a path of one.
 inline ::testing::AssertionResult samePath(Path const& actual, Path const& expected,

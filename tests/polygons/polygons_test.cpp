@@ -1,22 +1,24 @@
-// Offsets and boolean operations on ClipperLib's grid: areas against closed forms, the raw inner
-// corners and their removal, ring ownership, and the lines of parallelPath measured against their
-// source.
+// Plane geometry with the answers its rules fix exactly: degenerate directions, half-open edges,
+// the distance of nothing, strict tolerances and the short-path difference of the two
+// simplifications. Offsets and boolean operations on ClipperLib's grid: areas against closed
+// forms, the raw inner corners and their removal, ring ownership, and the lines of parallelPath
+// measured against their source.
 #include "path_checks.h"
-#include "polygons/lines.h"
 #include "polygons/path_clip.h"
 #include "polygons/path_measures.h"
 #include "polygons/path_offset.h"
+#include "polygons/path_simplify.h"
+#include "polygons/point_compare.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <functional>
 
 namespace {
 
-float const notANumber = std::numeric_limits<float>::quiet_NaN();
-
-// Counter-clockwise with y up, 4 by 4.
+// Counter-clockwise with y up, 4 by 4, and a hole in it.
 Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+Path const clockwiseSquare{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
+Path const hole{{1, 1}, {1, 2}, {2, 2}, {2, 1}};
 
 bool contains(Path const& path, LocalPoint point) {
     return std::any_of(path.begin(), path.end(),
@@ -29,6 +31,106 @@ float const lineTolerance = 0.02f + 0.016f + 2e-4f;
 float const lineArcStep = 0.5f;
 
 } // namespace
+
+TEST(PlaneGeometry, DirectionsCrossingsAndNearestPoints) {
+    // Coincident points have the upward direction; 3/5 and 4/5 are single divisions, so the
+    // nearest floats.
+    EXPECT_TRUE(samePath({directionOf({1, 1}, {1, 1}), unitRightNormal({1, 1}, {1, 1}),
+                          directionOf({0, 0}, {3, 4}), rightNormal({0, 0}, {3, 4}),
+                          unitRightNormal({0, 0}, {3, 4})},
+                         {{0, 1}, {0, 1}, {0.6f, 0.8f}, {4, -3}, {0.8f, -0.6f}}));
+    // u = (1, 0), v = b - c = (0, -1): atan2f(-1, 0), a left turn being negative.
+    EXPECT_EQ(angleAt({0, 0}, {1, 0}, {1, 1}), -1.57079637f);
+
+    // Parallel lines and a line of two equal points leave `out` alone.
+    LocalPoint out{7, 7}, crossing{7, 7};
+    EXPECT_FALSE(intersectLines(out, {0, 0}, {1, 0}, {0, 1}, {2, 1}) ||
+                 intersectLines(out, {0, 0}, {0, 0}, {0, 1}, {2, 3}));
+    // da = (2, 2), db = (2, -2): denominator -8, t = -4 / -8.
+    ASSERT_TRUE(intersectLines(crossing, {0, 0}, {2, 2}, {0, 2}, {2, 0}));
+    EXPECT_TRUE(samePath({out, crossing, projectOnLine({1, 5}, {0, 0}, {4, 0}),
+                          projectOnLine({1, 5}, {2, 3}, {2, 3})},
+                         {{7, 7}, {1, 1}, {1, 0}, {2, 3}}));
+    // Closest points are clamped to the segment; one not longer than 1e-5 has no direction and
+    // gives its start.
+    EXPECT_TRUE(samePath(
+        {closestOnSegment({2, 3}, {0, 0}, {4, 0}), closestOnSegment({-3, 1}, {0, 0}, {4, 0}),
+         closestOnSegment({7, 1}, {0, 0}, {4, 0}), closestOnSegment({5, 5}, {0, 0}, {1e-5f, 0}),
+         closestOnSegment({5, 5}, {1, 1}, {1, 1})},
+        {{2, 0}, {0, 0}, {4, 0}, {0, 0}, {1, 1}}));
+
+    // Points differ only beyond the tolerance, and not at all with a coordinate not a number.
+    float const beyond = std::nextafter(pointTolerance, 1.0f);
+    EXPECT_TRUE(pointsEqual({0, 0}, {pointTolerance, -pointTolerance}) &&
+                !pointsDiffer({0, 0}, {pointTolerance, 0}) && pointsDiffer({0, 0}, {0, beyond}) &&
+                !pointsDiffer({notANumber, 0}, {0, 0}));
+    // Ordered by y first, by x only where the y are exactly equal.
+    EXPECT_TRUE(pointGreater({0, 2}, {5, 1}) && pointLess({1, 1}, {2, 1}) &&
+                pointNotLess({1, 1}, {1, 1}) && pointNotGreater({1, 1}, {1, 1}) &&
+                !pointGreater({1, 1}, {1, 1}) && !pointLess({1, 1}, {1, 1}));
+}
+
+TEST(PlaneGeometry, MeasuresOfPathsAndRings) {
+    // Only rings have the closing segment; one point is a ring but no open path.
+    EXPECT_EQ(distanceToPath({1, 2}, square, false), 2.0);
+    EXPECT_EQ(distanceToPath({1, 2}, square, true), 1.0);
+    EXPECT_EQ(distanceToPath({1, 2}, {}, true), noDistance);
+    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, false), noDistance);
+    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, true), 5.0);
+    // A segment without a number does not hide the others.
+    EXPECT_EQ(distanceToPath({3, 2}, {{notANumber, 0}, {0, 0}, {0, 4}}, false), 3.0);
+
+    EXPECT_EQ((std::vector<float>{signedArea(square), signedArea(clockwiseSquare), signedArea({}),
+                                  totalSignedArea({square, hole}), totalSignedArea({})}),
+              (std::vector<float>{16, -16, 0, 15, 0}));
+    EXPECT_TRUE(samePath({centroid(square), centroid({}), centroid({{0, 0}, {1, 1}, {2, 2}})},
+                         {{2, 2}, {notANumber, notANumber}, {notANumber, notANumber}}));
+
+    // Rings hold their left and lower edges, whichever way they run.
+    std::vector<bool> inside;
+    for (Path const& ring : {square, clockwiseSquare})
+        for (LocalPoint p : {LocalPoint{2, 2}, {0, 2}, {2, 0}, {4, 2}, {2, 4}, {5, 2}})
+            inside.push_back(pointInRing(p, ring));
+    EXPECT_EQ(inside, (std::vector<bool>{1, 1, 1, 0, 0, 0, 1, 1, 1, 0, 0, 0}));
+    // Two outer rings over one another are not an even-odd pair.
+    EXPECT_TRUE(!pointInRing({0, 0}, {}) && !pointInRings({1.5f, 1.5f}, {square, hole}) &&
+                pointInRings({3, 3}, {square, hole}) && !pointInRings({3, 3}, {}) &&
+                pointInRings({3, 3}, {square, {{1, 1}, {5, 1}, {5, 5}, {1, 5}}}));
+
+    // Convexity follows the turning side; a straight corner and no corner pass both.
+    Path const notched{{0, 0}, {4, 0}, {4, 4}, {2, 2}, {0, 4}};
+    EXPECT_TRUE(isConvexLeft(square) && !isConvexRight(square) && isConvexRight(clockwiseSquare) &&
+                !isConvexLeft(clockwiseSquare) && !isConvexLeft(notched) &&
+                !isConvexRight(notched) && isConvexLeft({}) && isConvexRight({}) &&
+                isConvexLeft({{0, 0}, {2, 0}, {4, 0}, {4, 4}, {0, 4}}));
+}
+
+TEST(PlaneGeometry, ResamplingAndSimplification) {
+    // t = 1/3 and 2/3 in float times 10.5 round to 3.5 and 7 exactly.
+    EXPECT_TRUE(
+        samePath(resamplePath({{0, 0}, {10.5f, 0}}, 5), {{0, 0}, {3.5f, 0}, {7, 0}, {10.5f, 0}}));
+    EXPECT_TRUE(samePath(resamplePath({{1, 1}, {1, 1}, {2, 1}}, 5), {{1, 1}, {1, 1}, {2, 1}}));
+    // A quotient that is no finite number leaves the segment whole.
+    EXPECT_TRUE(samePath(resamplePath({{0, 0}, {10, 0}}, 0), {{0, 0}, {10, 0}}));
+    EXPECT_TRUE(samePath(resamplePath({{0, 0}, {notANumber, 0}}, 1), {{0, 0}, {notANumber, 0}}));
+    EXPECT_TRUE(resamplePath({}, 1).empty());
+
+    // Only points strictly beyond the tolerance stay.
+    Path const bump{{0, 0}, {1, 1}, {2, 0}};
+    EXPECT_TRUE(samePath(simplifyPath(bump, false, 1.0f), {{0, 0}, {2, 0}}));
+    EXPECT_TRUE(samePath(simplifyPath(bump, false, std::nextafter(1.0f, 0.0f)), bump));
+    // Two points at distance 1 from the chord: the earlier wins, and the later then lies
+    // 2 / sqrt(10) from its new chord.
+    Path const plateau{{0, 0}, {1, 1}, {3, 1}, {4, 0}};
+    EXPECT_EQ(simplifyPathIndices(plateau, false, 0.7f), (std::vector<int>{0, 1, 3}));
+    // A ring is split at its point farthest from point 0; collinear points go.
+    Path const ring{{0, 0}, {2, 0}, {4, 0}, {4, 4}, {0, 4}};
+    EXPECT_EQ(simplifyPathIndices(ring, true, 0.5f), (std::vector<int>{0, 2, 3, 4}));
+    EXPECT_EQ(simplifyPathIndices(ring, true, 100.0f), (std::vector<int>{0}));
+    // Short paths: a copy from one, nothing from the other.
+    EXPECT_TRUE(samePath(simplifyPath({{0, 0}, {1, 1}}, false, 0.1f), {{0, 0}, {1, 1}}));
+    EXPECT_TRUE(simplifyPathIndices({{0, 0}, {1, 1}}, false, 0.1f).empty());
+}
 
 TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     // Outward by 1 in arc steps of 0.1: each corner is a fan of trunc(pi/2 / 0.1) + 1 = 16
@@ -48,10 +150,8 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     Path const raw = offsetRing(square, &source, 1.0f, 0.1f);
     ASSERT_EQ(raw.size(), 12u);
     EXPECT_EQ(source, (std::vector<int>{7, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3}));
-    for (LocalPoint corner : square) {
-        EXPECT_TRUE(contains(raw, corner));
-        EXPECT_FALSE(contains(shrunk[0], corner));
-    }
+    for (LocalPoint corner : square)
+        EXPECT_TRUE(contains(raw, corner) && !contains(shrunk[0], corner));
 
     // Four outer corners of a quarter turn; a join of no steps leaves the two moved points, and
     // an arc step of 1 gives trunc(pi / 2) = 1 point per join.
@@ -85,8 +185,7 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     std::vector<int> groups{9, 9, 9, 9, 9, 9};
     PathList const rings =
         clipPaths({apart, island, outer, hole}, true, {}, ClipperLib::ctUnion, &groups, false);
-    ASSERT_EQ(rings.size(), 4u);
-    ASSERT_EQ(groups.size(), 4u);
+    ASSERT_TRUE(rings.size() == 4 && groups.size() == 4);
     // Each ring after the ring that holds it, and in that ring's group.
     std::vector<float> areas;
     for (Path const& ring : rings)
@@ -94,10 +193,9 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     auto const at = [&](float area) {
         return std::find(areas.begin(), areas.end(), area) - areas.begin();
     };
-    EXPECT_LT(at(100), at(-36));
-    EXPECT_LT(at(-36), at(4));
-    EXPECT_EQ(groups[at(100)], groups[at(-36)]);
-    EXPECT_EQ(groups[at(100)], groups[at(4)]);
+    EXPECT_TRUE(at(100) < at(-36) && at(-36) < at(4));
+    EXPECT_EQ((std::vector<int>{groups[at(-36)], groups[at(4)]}),
+              (std::vector<int>{groups[at(100)], groups[at(100)]}));
     EXPECT_NE(groups[at(100)], groups[at(9)]);
 
     // Points off the grid fail the operation.
@@ -137,7 +235,6 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
             SCOPED_TRACE(distance);
             PathList const lines = parallelPath(source, 0.0f, distance, lineArcStep);
             ASSERT_EQ(lines.size(), 1u);
-            ASSERT_GE(lines[0].size(), 2u);
             expectBeside(lines[0], source, distance, lineTolerance);
             EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
                       distanceToPath(lines[0].front(), {source.front()}, true));
@@ -163,9 +260,8 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     ASSERT_NE(closed, left.end());
     expectBeside(*closed, loop, 2.0f, lineTolerance);
     PathList const right = parallelPath(loop, 0.0f, -2.0f, lineArcStep);
-    EXPECT_EQ(std::count_if(right.begin(), right.end(), isClosed), 0);
-    EXPECT_EQ(std::count_if(right.begin(), right.end(), [](Path const& l) { return l.empty(); }),
-              1);
+    EXPECT_TRUE(std::none_of(right.begin(), right.end(), isClosed));
+    EXPECT_EQ(std::count_if(right.begin(), right.end(), std::mem_fn(&Path::empty)), 1);
 }
 
 TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
@@ -194,9 +290,9 @@ TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
         EXPECT_TRUE(samePath(lines[0], c.expected)) << c.distance << " " << c.extension;
     }
 
-    EXPECT_TRUE(parallelPath({{0, 0}}, 0.0f, 1.0f, 1.0f).empty());
-    EXPECT_TRUE(parallelPath({{0, 0}, {10, 0}}, -1.0f, 1.0f, 1.0f).empty());
-    EXPECT_TRUE(parallelPath({{0, 0}, {10, 0}}, 0.0f, 1.0f, 0.05f).empty());
+    EXPECT_TRUE(parallelPath({{0, 0}}, 0.0f, 1.0f, 1.0f).empty() &&
+                parallelPath({{0, 0}, {10, 0}}, -1.0f, 1.0f, 1.0f).empty() &&
+                parallelPath({{0, 0}, {10, 0}}, 0.0f, 1.0f, 0.05f).empty());
     EXPECT_THROW(parallelPath({{0, 0}, {10, 0}}, 0.0f, notANumber, 1.0f),
                  ClipperLib::clipperException);
 }
