@@ -77,16 +77,16 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
 TEST(GuidanceCurve, NearestPiecesAndDistances) {
     TGuidanceCurve line = lineOf({{0, 0}, {10, 0}, {10, 10}}, true);
     TSegment segment;
-    EXPECT_EQ(line.nearestSegment({12, 5}, segment), 2);
-    EXPECT_EQ(segment.start().x, 10.0f);
-    // (11, -1) is sqrt(2) from both pieces: the first wins.
-    EXPECT_EQ(line.nearestSegment({11, -1}, segment), 1);
     float distance = 0;
-    EXPECT_TRUE(line.squaredDistance({12, 5}, distance) && distance == 4.0f);
-    EXPECT_EQ(line.nearestSegment({std::numeric_limits<float>::quiet_NaN(), 0}, segment), -1);
-    TGuidanceCurve single = lineOf({{1, 1}}, true);
-    EXPECT_EQ(single.nearestSegment({0, 0}, segment), -1);
-    EXPECT_FALSE(single.squaredDistance({0, 0}, distance));
+    // (11, -1) is sqrt(2) from both pieces: the first wins. Without a number, or with fewer than
+    // two points, there is no piece.
+    EXPECT_EQ((std::vector<int>{line.nearestSegment({12, 5}, segment),
+                                line.nearestSegment({11, -1}, segment),
+                                line.nearestSegment({NAN, 0}, segment),
+                                lineOf({{1, 1}}, true).nearestSegment({0, 0}, segment)}),
+              (std::vector<int>{2, 1, -1, -1}));
+    EXPECT_TRUE(line.squaredDistance({12, 5}, distance) && distance == 4.0f &&
+                !lineOf({{1, 1}}, true).squaredDistance({0, 0}, distance));
 
     // Ranges are held to the source.
     TGuidanceCurve appended;

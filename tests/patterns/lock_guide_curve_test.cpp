@@ -7,7 +7,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <random>
 
 namespace {
@@ -126,9 +125,8 @@ Path wanderingCurve(std::mt19937& random, int size) {
     std::normal_distribution<float> bend(0.0f, 0.15f);
     auto const sign = [&] { return unit(random) < 0.5f ? 1.0f : -1.0f; };
     Path curve;
-    float x = 200.0f * unit(random) - 100.0f;
-    float y = 200.0f * unit(random) - 100.0f;
-    float heading = 2.0f * pi * unit(random);
+    float x = 200.0f * unit(random) - 100.0f, y = 200.0f * unit(random) - 100.0f,
+          heading = 2.0f * pi * unit(random);
     int loopSteps = 0;
     float loopTurn = 0.0f;
     while (static_cast<int>(curve.size()) < size) {
@@ -148,12 +146,10 @@ Path wanderingCurve(std::mt19937& random, int size) {
         x += step * std::cos(heading);
         y += step * std::sin(heading);
         float const oddity = unit(random);
-        float const nan = std::numeric_limits<float>::quiet_NaN();
-        float const infinity = std::numeric_limits<float>::infinity();
         curve.push_back(oddity < 0.01f && !curve.empty() ? curve.back()
                         : oddity < 0.015f                ? LocalPoint{}
-                        : oddity < 0.018f                ? LocalPoint{nan, y}
-                        : oddity < 0.02f                 ? LocalPoint{x, infinity}
+                        : oddity < 0.018f                ? LocalPoint{NAN, y}
+                        : oddity < 0.02f                 ? LocalPoint{x, INFINITY}
                                                          : LocalPoint{x, y});
     }
     return curve;
@@ -183,12 +179,10 @@ TEST(LockGuideCurve, MitersAndStepsGiveTheOffsetCornerOnceTheWindowIsFull) {
     TLockGuideCurve const curve(nullptr, 1.0f);
     LocalPoint out{-1, -1};
     // A right angle at (10, 10): sqrt(2) out along the bisector, away from both legs.
-    ASSERT_TRUE(curve.miter(out, {10, 11}, {10, 10}, {11, 10}));
-    EXPECT_TRUE(samePath({out}, {{9, 9}}, 1e-5f));
     // Legs whose unit directions lie 0.04 apart: no miter, and `out` stays.
-    out = {-1, -1};
-    EXPECT_FALSE(curve.miter(out, {10, 11}, {10, 10}, {10.04f, 11}));
-    EXPECT_TRUE(samePath({out}, {{-1, -1}}));
+    EXPECT_TRUE(curve.miter(out, {10, 11}, {10, 10}, {11, 10}) &&
+                !curve.miter(out, {10, 11}, {10, 10}, {10.04f, 11}));
+    EXPECT_TRUE(samePath({out}, {{9, 9}}, 1e-5f));
 
     // Straight east, then a left turn north at (30, 10): 1 to the right of (20, 10), then the
     // outer miter of the turn. A source point at the origin stops the window for its call only.
@@ -208,9 +202,6 @@ TEST(LockGuideCurve, MitersAndStepsGiveTheOffsetCornerOnceTheWindowIsFull) {
 }
 
 TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
-    // The piece (5, 5)-(5, -5) crosses (10, 0)-(0, 0) at (5, 0), 3 pieces back in 12 points.
-    Path const loop{{-20, 0}, {-10, 0}, {0, 0},   {10, 0},  {12, 5},  {5, 5},
-                    {5, -5},  {15, -5}, {25, -5}, {35, -5}, {45, -5}, {55, -5}};
     // The crossing at (15, 0) lies 4 pieces back: not below 7 / 2, so the loop stays; with six
     // points more it is below 13 / 2.
     Path const wide{{0, 0}, {10, 0}, {20, 0}, {30, 0}, {30, 10}, {15, 10}, {15, -10}};
@@ -220,11 +211,9 @@ TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
     // East along y = 1, then back north-west at (31, 1) and down south-west: the probe from
     // (24, 6) runs 20 on toward the south-west and crosses y = 1 at x = 19.
     Path const sharp{{1, 1}, {11, 1}, {21, 1}, {31, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}};
-    // Spikes of two sharp turns in a row go, a single sharp bend stays.
-    Path const spike{{10, 10}, {20, 10}, {30, 10}, {20, 11}, {40, 10}, {50, 10}};
-    Path const singleBend{{10, 10}, {20, 10}, {30, 10}, {25, 20}, {20, 30}};
     // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners, and of
-    // 90.5 degrees sharp: the leg west runs at 269.5 degrees.
+    // 90.5 degrees sharp: the leg west runs at 269.5 degrees. A spike of two sharp turns in a row
+    // goes, a single bend of exactly 90 degrees stays.
     Path const rightAngles{{10, 0}, {10, 10}, {-2, 10}, {-2, 20}, {-2, 30}};
     LocalPoint const west{-1.99954307f, 9.89528179f}; // (10, 10) + 12 * (sin, cos) of 269.5
     Path const sharper{{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}};
@@ -238,12 +227,9 @@ TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
         int step; // as cleanUp numbers them
         float distance;
         Path raw, expected;
-    } const cases[] = {{1, 5, loop, cut(loop, 3, 6, {{5, 0}})},
-                       {1, 5, wide, wide},
+    } const cases[] = {{1, 5, wide, wide},
                        {1, 5, longer, cut(longer, 2, 6, {{15, 0}})},
                        {2, 20, sharp, cut(sharp, 2, 4, {{19, 1}})},
-                       {3, 5, spike, cut(spike, 2, 4, {})},
-                       {3, 5, singleBend, singleBend},
                        {3, 5, rightAngles, rightAngles},
                        {3, 5, sharper, cut(sharper, 1, 3, {})}};
     for (Case const& c : cases) {
