@@ -14,7 +14,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <string>
 #include <thread>
@@ -86,7 +85,7 @@ Grid utm(double lat, double lon, int selector = 0, int zone = 0) {
 
 } // namespace
 
-TEST(Algebra_products, everyFormAgreesWithColumnStorageAndRotationsAreRightHanded) {
+TEST(Algebra, formsAgreeRotationsAreRightHandedAndInversesRefuseOnlyExactZeroPivots) {
     SMat const other({1.0, 2.0, -3.0}, {0.5, 0.0, 1.0}, {-2.0, 1.5, 0.25});
     SDiagMatr const d{{2.0, -3.0, 0.5}};
     // A row-wise C array read into column storage is its transpose.
@@ -145,9 +144,7 @@ TEST(Algebra_products, everyFormAgreesWithColumnStorageAndRotationsAreRightHande
     OrthoMat(transpose(rotationFromAxisAngle(SVec(0, 1, 0), pi / 2)))
         .PitchRollHeading(pitch, roll, heading);
     EXPECT_TRUE(std::fabs(pitch - 90.0) < 1e-12 && std::isnan(roll));
-}
 
-TEST(Algebra_inverse, invertsOrRefusesAndNormalizesOnlyDrift) {
     SMat inverse = general;
     ASSERT_TRUE(inverse.inverse());
     expectNear(inverse * general, SMat::identity());
@@ -182,21 +179,6 @@ TEST(Algebra_inverse, invertsOrRefusesAndNormalizesOnlyDrift) {
     EXPECT_TRUE(!m.normalize() && sameBits(m, 3.0 * SMat::identity()));
 }
 
-TEST(CoordConv_centre, unsetFrameRefusesAndAnEcefCentreGoesThroughGeodetic) {
-    CoordConv frame;
-    double a = 7.0, b = 7.0, c = 7.0;
-    EXPECT_FALSE(frame.getLocalCenterLLH(&a, &b, &c));
-    EXPECT_FALSE(frame.getLocalCenterECEF(&a, &b, &c));
-    EXPECT_FALSE(frame.ECEFToLocal(6378137.0, 0.0, 0.0, &a, &b));
-    EXPECT_FALSE(frame.LocalToLLH(1.0, 1.0, &a, &b, &c));
-    EXPECT_TRUE(a == 7.0 && b == 7.0 && c == 7.0);
-
-    Geo2Decart(-33.9 * degree, 18.4 * degree, 300.0, a, b, c);
-    frame.setLocalCenterECEF(a, b, c);
-    ASSERT_TRUE(frame.getLocalCenterLLH(&a, &b, &c));
-    expectNear(col(SVec(a / degree, b / degree, c)), col(SVec(-33.9, 18.4, 300.0)), 1e-4);
-}
-
 TEST(Frame_proj, bothDirectionsAgreeWithProjsTangentPlane) {
     for (GeoPoint const& centre : centres) {
         SCOPED_TRACE(testing::Message() << centre.latitude << ", " << centre.longitude);
@@ -216,9 +198,8 @@ TEST(Frame_proj, bothDirectionsAgreeWithProjsTangentPlane) {
                                        static_cast<float>(j * 499.7)};
                 GeoPoint const geo = localToGeo(point, centre);
                 PJ_COORD enu = forward(topocentric, geo.longitude, geo.latitude, geo.height);
-                EXPECT_NEAR(enu.enu.e, point.x, iterationTolerance);
-                EXPECT_NEAR(enu.enu.n, -point.y, iterationTolerance);
-                EXPECT_NEAR(enu.enu.u, 0.0, iterationTolerance);
+                expectNear(col(SVec(enu.enu.e, -enu.enu.n, enu.enu.u)),
+                           col(SVec(point.x, point.y, 0.0)), iterationTolerance);
                 EXPECT_LT(groundDistance(frame.toGeo(point), geo), 1e-6);
                 EXPECT_NEAR(frame.toGeo(point).height, geo.height, 1e-6);
                 LocalPoint const back = geoToLocal(geo, centre);
@@ -242,7 +223,8 @@ TEST(Frame_proj, bothDirectionsAgreeWithProjsTangentPlane) {
     }
 }
 
-TEST(Geodetic_ellipsoid, iterationInvertsProjsGeocentricConversionAndGravityIsNormal) {
+TEST(Geodetic_ellipsoid,
+     iterationInvertsProjsGeocentricConversionGravityIsNormalAndFramesNeedACentre) {
     // Against the point that PROJ converted: PROJ's own inverse is a closed formula that drifts
     // by 29 mm at 20000 km.
     Proj const geocentric = proj("+proj=cart +ellps=WGS84");
@@ -273,6 +255,21 @@ TEST(Geodetic_ellipsoid, iterationInvertsProjsGeocentricConversionAndGravityIsNo
     EXPECT_NEAR(getLocalGravity(45.0 * degree, 0.0), 9.806199203, 2e-6);
     EXPECT_NEAR(getLocalGravity(-90.0 * degree, 0.0), 9.8321849378, 2e-6);
     EXPECT_NEAR(getLocalGravity(45.0 * degree, 1000.0), 9.806199203 - 0.003086, 4e-6);
+
+    // A frame without a centre refuses and writes nothing; an earth-centred centre goes through
+    // the geodetic coordinates.
+    CoordConv frame;
+    double a = 7.0, b = 7.0, c = 7.0;
+    EXPECT_FALSE(frame.getLocalCenterLLH(&a, &b, &c));
+    EXPECT_FALSE(frame.getLocalCenterECEF(&a, &b, &c));
+    EXPECT_FALSE(frame.ECEFToLocal(6378137.0, 0.0, 0.0, &a, &b));
+    EXPECT_FALSE(frame.LocalToLLH(1.0, 1.0, &a, &b, &c));
+    EXPECT_TRUE(a == 7.0 && b == 7.0 && c == 7.0);
+
+    Geo2Decart(-33.9 * degree, 18.4 * degree, 300.0, a, b, c);
+    frame.setLocalCenterECEF(a, b, c);
+    ASSERT_TRUE(frame.getLocalCenterLLH(&a, &b, &c));
+    expectNear(col(SVec(a / degree, b / degree, c)), col(SVec(-33.9, 18.4, 300.0)), 1e-4);
 }
 
 TEST(Frame_cache, alternatingCentresAndWholeFilesGiveTheBitsOfSinglePointsInAFreshFrame) {
@@ -294,9 +291,6 @@ TEST(Frame_cache, alternatingCentresAndWholeFilesGiveTheBitsOfSinglePointsInAFre
         }).join();
         EXPECT_TRUE(sameBits(converted, fresh) && sameBits(projected, freshProjected));
     }
-    // Only the centre's height changed: the plane and the point on it are 60 m higher.
-    EXPECT_NEAR(localToGeo(local, sequence[1]).height - localToGeo(local, sequence[0]).height, 60.0,
-                1e-5);
 
     std::vector<LocalPoint> points;
     for (int i = 0; i < 1001; ++i) // not a multiple of the points done together
@@ -342,15 +336,15 @@ TEST(FastToGeo_accuracy, withinAMillimetreOrSoOfTheExactConversionWhateverCameBe
 }
 
 TEST(GridCell_index, cellsByFloorInRowOrderWithTruncatingArithmetic) {
-    EXPECT_EQ(GridCell(LocalPoint{100.0f, 50.0f}), GridCell(1, 0));
-    EXPECT_EQ(GridCell(LocalPoint{99.99f, -0.01f}), GridCell(0, -1));
-    EXPECT_EQ(GridCell(LocalPoint{-100.0f, -100.5f}), GridCell(-1, -2));
     // Beyond the index range the cell is clamped, short of the value that marks no cell.
-    EXPECT_EQ(GridCell(LocalPoint{1e30f, -1e30f}), GridCell(2147483520, -2147483520));
-    float const nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(GridCell(LocalPoint{nan, nan}), GridCell(0, 0));
+    std::vector<GridCell> cells;
+    for (LocalPoint p :
+         {LocalPoint{100, 50}, {99.99f, -0.01f}, {-100, -100.5f}, {1e30f, -1e30f}, {NAN, NAN}})
+        cells.emplace_back(p);
+    EXPECT_EQ(cells, (std::vector<GridCell>{
+                         {1, 0}, {0, -1}, {-1, -2}, {2147483520, -2147483520}, {0, 0}}));
 
-    std::vector<GridCell> cells = {{3, 1}, {-2, 1}, {7, 0}, {0, -4}};
+    cells = {{3, 1}, {-2, 1}, {7, 0}, {0, -4}};
     std::sort(cells.begin(), cells.end());
     EXPECT_EQ(cells, (std::vector<GridCell>{{0, -4}, {7, 0}, {-2, 1}, {3, 1}})); // row by row
     EXPECT_TRUE(GridCell(1, 1) > GridCell(0, 1) && GridCell(1, 1) <= GridCell(1, 1) &&
