@@ -74,27 +74,6 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
     EXPECT_TRUE(!straight.nearChord({10, 1}, 0.0f) && straight.nearChord({10, 1}, 1.5f));
 }
 
-TEST(GuidanceCurve, NearestPiecesAndDistances) {
-    TGuidanceCurve line = lineOf({{0, 0}, {10, 0}, {10, 10}}, true);
-    TSegment segment;
-    float distance = 0;
-    // (11, -1) is sqrt(2) from both pieces: the first wins. Without a number, or with fewer than
-    // two points, there is no piece.
-    EXPECT_EQ((std::vector<int>{line.nearestSegment({12, 5}, segment),
-                                line.nearestSegment({11, -1}, segment),
-                                line.nearestSegment({NAN, 0}, segment),
-                                lineOf({{1, 1}}, true).nearestSegment({0, 0}, segment)}),
-              (std::vector<int>{2, 1, -1, -1}));
-    EXPECT_TRUE(line.squaredDistance({12, 5}, distance) && distance == 4.0f &&
-                !lineOf({{1, 1}}, true).squaredDistance({0, 0}, distance));
-
-    // Ranges are held to the source.
-    TGuidanceCurve appended;
-    for (auto const& [first, last] : {std::pair{-3, 2}, std::pair{2, 100}, std::pair{3, 1}})
-        appended.appendRange(line.points(), first, last);
-    EXPECT_TRUE(samePath(appended.points(), line.points()));
-}
-
 TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
     Path const straight{{0, 0}, {10, 0}, {20, 0}};
     TGuidanceCurve zero = lineOf(straight, true);
@@ -220,15 +199,14 @@ TEST(Segment, CrossingsAreHalfOpen) {
         TSegment self, other;
         bool crosses;
     };
-    // Each crossing lies at (5, 0); t and s come out as 0.5, 0 or 1 exactly.
+    // Each crossing lies at (5, 0); t and s come out as 0.5, 0 or 1 exactly. After the plain
+    // crossing: the other's end on this one, the other's start on this one, this one's end on the
+    // other, this one's start on the other; then parallel segments and an infinite end.
     Case const cases[] = {
-        {{0, 0, 10, 0}, {5, -5, 5, 5}, true},
-        {{0, 0, 10, 0}, {5, -5, 5, 0}, false}, // the other's end on this one
-        {{0, 0, 10, 0}, {5, 0, 5, 5}, true},   // the other's start on this one
-        {{0, 0, 5, 0}, {5, -5, 5, 5}, false},  // this one's end on the other
-        {{5, 0, 10, 0}, {5, -5, 5, 5}, true},  // this one's start on the other
-        {{0, 0, 10, 0}, {0, 1, 10, 1}, false}, // parallel
-        {{0, 0, 10, 0}, {6, -5, 6, std::numeric_limits<float>::infinity()}, false}};
+        {{0, 0, 10, 0}, {5, -5, 5, 5}, true},        {{0, 0, 10, 0}, {5, -5, 5, 0}, false},
+        {{0, 0, 10, 0}, {5, 0, 5, 5}, true},         {{0, 0, 5, 0}, {5, -5, 5, 5}, false},
+        {{5, 0, 10, 0}, {5, -5, 5, 5}, true},        {{0, 0, 10, 0}, {0, 1, 10, 1}, false},
+        {{0, 0, 10, 0}, {6, -5, 6, INFINITY}, false}};
     for (Case const& c : cases) {
         LocalPoint out{-1, -1};
         EXPECT_EQ(c.self.intersectSegment(c.other, out), c.crosses)

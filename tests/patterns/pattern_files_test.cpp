@@ -74,9 +74,10 @@ TEST_F(CurvePattern, FilesWithoutPointsFailWithOneOpenCurveAndSettingsAreReadAny
         test_support::point_file(0, 0, 0, {separator, {std::nanf(""), 1}, {5, -9999999.0f}});
     for (QByteArray const& content : {QByteArray(), head.left(23), head, head + "1234567", odd}) {
         test_support::write_file(path, content);
-        EXPECT_FALSE(pattern.loadFile(path, reference, false)) << content.size();
-        EXPECT_EQ(pattern.curveCount(), 1);
-        EXPECT_FALSE(pattern.writePoint({1, 2})) << "closed after a failed load";
+        // Closed for writing after a failed load.
+        EXPECT_TRUE(!pattern.loadFile(path, reference, false) && pattern.curveCount() == 1 &&
+                    !pattern.writePoint({1, 2}))
+            << content.size();
     }
 
     write({}, "CorrectionSource=7\n[BasePoint]\nPosition=\"{W84,N1D,E2D,3}\"\n");
