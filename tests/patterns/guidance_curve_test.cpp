@@ -42,7 +42,7 @@ TSegment const north(0, 0, 0, 100);
 
 } // namespace
 
-TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
+TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChordAndFoundByTheirPieces) {
     TGuidanceCurve line;
     EXPECT_TRUE(line.add({0, 0}) && line.add({10, 0}));
     EXPECT_FALSE(line.add({11.5f, 0.5f})); // 1.58 from the last point: refused
@@ -72,6 +72,18 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChord) {
     TGuidanceCurve straight = lineOf({{0, 0}, {20, 0}, {40, 0}}, false);
     EXPECT_EQ(straight.count(), 2);
     EXPECT_TRUE(!straight.nearChord({10, 1}, 0.0f) && straight.nearChord({10, 1}, 1.5f));
+
+    // The first of two equally near pieces wins: (11, -1) is sqrt(2) from both. Without a number,
+    // or with fewer than two points, there is no piece.
+    TGuidanceCurve const corner = lineOf({{0, 0}, {10, 0}, {10, 10}}, true);
+    TSegment piece;
+    float squared = 0;
+    EXPECT_EQ((std::vector<int>{corner.nearestSegment({12, 5}, piece),
+                                corner.nearestSegment({11, -1}, piece),
+                                corner.nearestSegment({NAN, 0}, piece),
+                                lineOf({{1, 1}}, true).nearestSegment({0, 0}, piece)}),
+              (std::vector<int>{2, 1, -1, -1}));
+    EXPECT_TRUE(corner.squaredDistance({12, 5}, squared) && squared == 4.0f);
 }
 
 TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
