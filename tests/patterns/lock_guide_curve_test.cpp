@@ -1,7 +1,6 @@
-// The cleaner of raw parallel curves: miters and the sliding window by hand, the clean-ups on
-// hand-made curves whose cuts can be worked out on paper, and the same clean-ups against their
-// literal procedures, point for point, on thousands of generated raw curves with loops, spikes
-// and sharp turns.
+// The cleaner of raw parallel curves: miters and the sliding window by hand, and the clean-ups
+// against their literal procedures, point for point, on thousands of generated raw curves with
+// loops, spikes and sharp turns.
 #include "../polygons/path_checks.h"
 #include "patterns/lock_guide_curve.h"
 
@@ -198,48 +197,6 @@ TEST(LockGuideCurve, MitersAndStepsGiveTheOffsetCornerOnceTheWindowIsFull) {
             points.push_back(point);
         }
         EXPECT_TRUE(samePath({points.end() - 2, points.end()}, {{20, 9}, {31, 9}}, 1e-5f));
-    }
-}
-
-TEST(LockGuideCurve, CleanupsOfHandMadeCurves) {
-    // The crossing at (15, 0) lies 4 pieces back: not below 7 / 2, so the loop stays; with six
-    // points more it is below 13 / 2.
-    Path const wide{{0, 0}, {10, 0}, {20, 0}, {30, 0}, {30, 10}, {15, 10}, {15, -10}};
-    Path longer = wide;
-    for (float y : {-20.0f, -30.0f, -40.0f, -50.0f, -60.0f, -70.0f})
-        longer.push_back({15, y});
-    // East along y = 1, then back north-west at (31, 1) and down south-west: the probe from
-    // (24, 6) runs 20 on toward the south-west and crosses y = 1 at x = 19.
-    Path const sharp{{1, 1}, {11, 1}, {21, 1}, {31, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}};
-    // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners, and of
-    // 90.5 degrees sharp: the leg west runs at 269.5 degrees. A spike of two sharp turns in a row
-    // goes, a single bend of exactly 90 degrees stays.
-    Path const rightAngles{{10, 0}, {10, 10}, {-2, 10}, {-2, 20}, {-2, 30}};
-    LocalPoint const west{-1.99954307f, 9.89528179f}; // (10, 10) + 12 * (sin, cos) of 269.5
-    Path const sharper{{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}};
-    // The points first to last - 1 give way to the crossing, if any.
-    auto const cut = [](Path path, int first, int last, Path const& crossing) {
-        path.erase(path.begin() + first, path.begin() + last);
-        path.insert(path.begin() + first, crossing.begin(), crossing.end());
-        return path;
-    };
-    struct Case {
-        int step; // as cleanUp numbers them
-        float distance;
-        Path raw, expected;
-    } const cases[] = {{1, 5, wide, wide},
-                       {1, 5, longer, cut(longer, 2, 6, {{15, 0}})},
-                       {2, 20, sharp, cut(sharp, 2, 4, {{19, 1}})},
-                       {3, 5, rightAngles, rightAngles},
-                       {3, 5, sharper, cut(sharper, 1, 3, {})}};
-    for (Case const& c : cases) {
-        TLockGuideCurve curve = cleanerOf(c.raw, c.distance);
-        EXPECT_EQ(cleanUp(curve, c.step), c.step == 1 && c.raw.size() != c.expected.size());
-        // The literal procedures agree on paper too.
-        Literal literal{c.raw, c.distance};
-        cleanUp(literal, c.step);
-        for (Path const& result : {curve.result(), literal.result})
-            EXPECT_TRUE(samePath(result, c.expected, c.step == 2 ? 1e-4f : 0.0f)) << c.raw.size();
     }
 }
 
