@@ -1,8 +1,9 @@
-// The cleaner of raw parallel curves: miters and the sliding window by hand, and the clean-ups
-// against their literal procedures, point for point, on thousands of generated raw curves with
-// loops, spikes and sharp turns.
-#include "../polygons/path_checks.h"
+// The cleaner of raw parallel curves: the clean-ups against their literal procedures, point for
+// point, on thousands of generated raw curves with loops, spikes and sharp turns. Its miters and
+// sliding window are held by the parallel curves of the guidance line tests.
 #include "patterns/lock_guide_curve.h"
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
@@ -173,32 +174,6 @@ template <typename Cleaner> int cleanUp(Cleaner& cleaner, int step, int index = 
 }
 
 } // namespace
-
-TEST(LockGuideCurve, MitersAndStepsGiveTheOffsetCornerOnceTheWindowIsFull) {
-    TLockGuideCurve const curve(nullptr, 1.0f);
-    LocalPoint out{-1, -1};
-    // A right angle at (10, 10): sqrt(2) out along the bisector, away from both legs.
-    // Legs whose unit directions lie 0.04 apart: no miter, and `out` stays.
-    EXPECT_TRUE(curve.miter(out, {10, 11}, {10, 10}, {11, 10}) &&
-                !curve.miter(out, {10, 11}, {10, 10}, {10.04f, 11}));
-    EXPECT_TRUE(samePath({out}, {{9, 9}}, 1e-5f));
-
-    // Straight east, then a left turn north at (30, 10): 1 to the right of (20, 10), then the
-    // outer miter of the turn. A source point at the origin stops the window for its call only.
-    for (Path const& source : {Path{{10, 10}, {20, 10}, {30, 10}, {30, 20}, {30, 30}},
-                               Path{{10, 10}, {20, 10}, {0, 0}, {30, 10}, {30, 20}, {30, 30}}}) {
-        TLockGuideCurve window(&source, 1.0f);
-        Path points;
-        for (int i = 0; i < static_cast<int>(source.size()); ++i) {
-            LocalPoint point;
-            TSegment segment;
-            EXPECT_EQ(window.step(i, point, segment), i + 2 >= static_cast<int>(source.size()))
-                << i;
-            points.push_back(point);
-        }
-        EXPECT_TRUE(samePath({points.end() - 2, points.end()}, {{20, 9}, {31, 9}}, 1e-5f));
-    }
-}
 
 TEST(Cleanups_equivalence, eachStepGivesTheLiteralProceduresPoints) {
     std::mt19937 random(20261123);
