@@ -244,18 +244,14 @@ TEST(Segment, TracksWithBothSignConventions) {
         float indexOffset; // from trackIndex
         int indexIndex;
     };
+    // 14 and 16 from the line with spacing 10: tracks 1 and 2, 4 off either way; half a spacing
+    // counts toward the farther track. Driving against the line, the point first moves 2 * width
+    // along the normal (+x). No tracks without a positive spacing.
     Case const cases[] = {
-        // 14 and 16 from the line with spacing 10: tracks 1 and 2, 4 off either way.
-        {{14, 50}, {0, 1}, 10, 1, 1, 4, 1, 4, -1},
-        {{16, 50}, {0, 1}, 10, 1, 1, -4, 2, -4, -2},
-        {{-14, 50}, {0, 1}, 10, 1, 1, -4, -1, 4, 1},
-        // Half a spacing counts toward the farther track.
-        {{5, 50}, {0, 1}, 10, 1, 1, -5, 1, -5, -1},
-        // Driving against the line: the point first moves 2 * width along the normal (+x).
-        {{14, 50}, {0, -1}, 10, 1, -1, 4, 2, -4, -1},
-        // No tracks without a positive spacing.
-        {{14, 50}, {0, 1}, 0, 1, 1, 0, 0, 0, 0},
-        {{14, 50}, {0, -1}, std::numeric_limits<float>::quiet_NaN(), 1, 1, 0, 0, 0, 0}};
+        {{14, 50}, {0, 1}, 10, 1, 1, 4, 1, 4, -1},    {{16, 50}, {0, 1}, 10, 1, 1, -4, 2, -4, -2},
+        {{-14, 50}, {0, 1}, 10, 1, 1, -4, -1, 4, 1},  {{5, 50}, {0, 1}, 10, 1, 1, -5, 1, -5, -1},
+        {{14, 50}, {0, -1}, 10, 1, -1, 4, 2, -4, -1}, {{14, 50}, {0, 1}, 0, 1, 1, 0, 0, 0, 0},
+        {{14, 50}, {0, -1}, NAN, 1, 1, 0, 0, 0, 0}};
     for (Case const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.p.x << " " << c.direction.y << " " << c.spacing);
         float offset = 99;

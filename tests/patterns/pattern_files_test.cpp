@@ -137,19 +137,17 @@ TEST(PivotPattern, RingsChangeHalfASpacingFromEachRingAndTheOffsetKeepsTheirPlac
     pivot.setOffset(2.0f); // no pattern yet: nothing to shift
     EXPECT_EQ(pivot.offsetValue(), 0.0f);
     pivot.set({0, 0}, 100.0f, 10.0f);
-    struct Case {
-        float distance;
-        int ring;
-    } const cases[] = {{104.9f, 0}, {105.0f, 1}, {95.1f, 0}, {95.0f, -1}, {124.0f, 2}};
-    for (Case const& c : cases)
-        EXPECT_EQ(pivot.ringForDistance(c.distance), c.ring) << c.distance;
+    std::vector<int> rings;
+    for (float distance : {104.9f, 105.0f, 95.1f, 95.0f, 124.0f})
+        rings.push_back(pivot.ringForDistance(distance));
+    EXPECT_EQ(rings, (std::vector<int>{0, 1, 0, -1, 2}));
     pivot.setRingForDistance(124.0f);
     EXPECT_EQ(pivot.currentRingRadius(), 120.0f);
     // Radius plus offset stays: the last offset is undone first.
-    pivot.setOffset(2.0f);
-    EXPECT_EQ(pivot.baseRadius(), 98.0f);
-    pivot.setOffset(0.0f);
-    EXPECT_EQ(pivot.baseRadius(), 100.0f);
+    for (float offset : {2.0f, 0.0f}) {
+        pivot.setOffset(offset);
+        EXPECT_EQ(pivot.baseRadius(), 100.0f - offset);
+    }
     pivot.setSpacing(0.001f);
     EXPECT_EQ(pivot.ringForDistance(1000.0f), 0);
 }
