@@ -112,11 +112,8 @@ TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {
 }
 
 TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
-    struct Case {
-        TGuidanceCurve line;
-        std::vector<float> distances;
-        float tolerancePerMetre;
-    } const cases[] = {
+    // The line, the distances of its parallel curves, and the tolerance per metre of distance.
+    std::tuple<TGuidanceCurve, std::vector<float>, float> const cases[] = {
         // Left and right bends of 60 m radius between straights. Joints on the outer side of a
         // bend lie a little farther out, by 1 / cos of half the turn between two pieces.
         {recorded({{40, 0}, {90, 60}, {30, 0}, {120, -60}, {50, 0}, {60, 90}}),
@@ -124,18 +121,18 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
          0.002f},
         // A left bend of 5 m radius through 144 degrees: inner offsets beyond 5 m would loop.
         {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f}};
-    for (Case const& c : cases) {
-        ASSERT_GT(c.line.count(), 20);
-        for (float distance : c.distances) {
+    for (auto const& [line, distances, tolerancePerMetre] : cases) {
+        ASSERT_GT(line.count(), 20);
+        for (float distance : distances) {
             for (bool byEvents : {true, false}) {
                 SCOPED_TRACE(testing::Message() << distance << (byEvents ? " by events" : ""));
-                TGuidanceCurve curve = c.line;
+                TGuidanceCurve curve = line;
                 byEvents ? curve.offsetByEvents(false, distance) : curve.offsetByVertices(distance);
                 // A positive distance lies on the right of the direction of travel, and the
                 // curve does not cross itself.
                 Path const& offset = curve.offsetPoints();
-                expectBeside(offset, c.line.points(), -distance,
-                             c.tolerancePerMetre * std::fabs(distance) + 1e-4f);
+                expectBeside(offset, line.points(), -distance,
+                             tolerancePerMetre * std::fabs(distance) + 1e-4f);
                 for (std::size_t i = 1; i < offset.size(); ++i)
                     for (std::size_t j = i + 2; j < offset.size(); ++j) {
                         LocalPoint out;
@@ -149,17 +146,14 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
 }
 
 TEST(Segment, HeadingsAreClockwiseFromNorthThroughTwoReciprocals) {
-    struct Case {
-        float dx, dy, heading;
-    };
     // a = atan2f(dx, dy), then 1 / ((1 / a) * 0.017453292f) in float, plus 360 below 0; the
     // figures are that chain carried out by hand in single precision, for directions whose
     // atan2f every C library rounds correctly.
-    Case const cases[] = {
+    std::tuple<float, float, float> const cases[] = {
         {1, 0, 90.00000762939453f},  {0, 1, 0.0f},    {-1, 0, 270.0f}, {0, -1, 180.00001525878906f},
         {1, 1, 45.000003814697266f}, {-1, -1, 225.0f}};
-    for (Case const& c : cases)
-        EXPECT_EQ(TSegment(1, 2, 1 + c.dx, 2 + c.dy).heading(), c.heading) << c.dx << " " << c.dy;
+    for (auto const& [dx, dy, heading] : cases)
+        EXPECT_EQ(TSegment(1, 2, 1 + dx, 2 + dy).heading(), heading) << dx << " " << dy;
 
     for (float heading : {0.0f, 1.0f, 89.5f, 90.0f, 179.0f, 180.0f, 269.0f, 300.0f, 359.5f}) {
         TSegment segment;
@@ -206,23 +200,19 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
 }
 
 TEST(Segment, CrossingsAreHalfOpen) {
-    struct Case {
-        TSegment self, other;
-        bool crosses;
-    };
     // Each crossing lies at (5, 0); t and s come out as 0.5, 0 or 1 exactly. After the plain
     // crossing: the other's end on this one, the other's start on this one, this one's end on the
     // other, this one's start on the other; then parallel segments and an infinite end.
-    Case const cases[] = {
+    std::tuple<TSegment, TSegment, bool> const cases[] = {
         {{0, 0, 10, 0}, {5, -5, 5, 5}, true},        {{0, 0, 10, 0}, {5, -5, 5, 0}, false},
         {{0, 0, 10, 0}, {5, 0, 5, 5}, true},         {{0, 0, 5, 0}, {5, -5, 5, 5}, false},
         {{5, 0, 10, 0}, {5, -5, 5, 5}, true},        {{0, 0, 10, 0}, {0, 1, 10, 1}, false},
         {{0, 0, 10, 0}, {6, -5, 6, INFINITY}, false}};
-    for (Case const& c : cases) {
+    for (auto const& [self, other, crosses] : cases) {
         LocalPoint out{-1, -1};
-        EXPECT_EQ(c.self.intersectSegment(c.other, out), c.crosses)
-            << c.self.start().x << " " << c.other.start().y << " " << c.other.end().y;
-        EXPECT_TRUE(!c.crosses || samePath({out}, {{5, 0}}));
+        EXPECT_EQ(self.intersectSegment(other, out), crosses)
+            << self.start().x << " " << other.start().y << " " << other.end().y;
+        EXPECT_TRUE(!crosses || samePath({out}, {{5, 0}}));
     }
 
     // Parallel lines leave `out` alone; a crossing outside this segment is written anyway.
@@ -234,33 +224,26 @@ TEST(Segment, CrossingsAreHalfOpen) {
 }
 
 TEST(Segment, TracksWithBothSignConventions) {
-    struct Case {
-        LocalPoint p, direction;
-        float spacing, width;
-        int sign;
-        float offset;
-        int index;
-        float indexOffset; // from trackIndex
-        int indexIndex;
-    };
     // 14 and 16 from the line with spacing 10: tracks 1 and 2, 4 off either way; half a spacing
     // counts toward the farther track. Driving against the line, the point first moves 2 * width
     // along the normal (+x). No tracks without a positive spacing.
-    Case const cases[] = {
+    // The point, the direction of travel, spacing and width; trackOffset's sign, offset and
+    // index, then trackIndex's offset and index.
+    std::tuple<LocalPoint, LocalPoint, float, float, int, float, int, float, int> const cases[] = {
         {{14, 50}, {0, 1}, 10, 1, 1, 4, 1, 4, -1},    {{16, 50}, {0, 1}, 10, 1, 1, -4, 2, -4, -2},
         {{-14, 50}, {0, 1}, 10, 1, 1, -4, -1, 4, 1},  {{5, 50}, {0, 1}, 10, 1, 1, -5, 1, -5, -1},
         {{14, 50}, {0, -1}, 10, 1, -1, 4, 2, -4, -1}, {{14, 50}, {0, 1}, 0, 1, 1, 0, 0, 0, 0},
         {{14, 50}, {0, -1}, NAN, 1, 1, 0, 0, 0, 0}};
-    for (Case const& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.p.x << " " << c.direction.y << " " << c.spacing);
-        float offset = 99;
-        int index = 99;
-        int sign = north.trackOffset(c.p, c.direction, c.spacing, c.width, offset, index);
-        EXPECT_EQ(std::tuple(sign, offset, index), std::tuple(c.sign, c.offset, c.index));
-        sign = north.trackIndex(c.p, c.direction, c.spacing, offset, index);
-        EXPECT_EQ(
-            std::tuple(sign, offset, index),
-            std::tuple(c.spacing > 0 && c.direction.y < 0 ? -1 : 1, c.indexOffset, c.indexIndex));
+    for (auto const& [p, direction, spacing, width, sign, offset, index, indexOffset, indexIndex] :
+         cases) {
+        SCOPED_TRACE(testing::Message() << p.x << " " << direction.y << " " << spacing);
+        float gotOffset = 99;
+        int gotIndex = 99;
+        int got = north.trackOffset(p, direction, spacing, width, gotOffset, gotIndex);
+        EXPECT_EQ(std::tuple(got, gotOffset, gotIndex), std::tuple(sign, offset, index));
+        got = north.trackIndex(p, direction, spacing, gotOffset, gotIndex);
+        EXPECT_EQ(std::tuple(got, gotOffset, gotIndex),
+                  std::tuple(spacing > 0 && direction.y < 0 ? -1 : 1, indexOffset, indexIndex));
     }
 }
 
