@@ -17,6 +17,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -392,16 +393,13 @@ TEST(Utm_proj, seriesAgreeWithProjNearTheCentralMeridian) {
 TEST(Utm_zone, reportedZoneAtTheEdgesAndAgainstTheProjectionZone) {
     // Truncation toward zero and the wrap beyond 180 degrees, then the exceptions, each bound
     // closed below and open above.
-    struct Case {
-        double lat, lon;
-        int zone;
-    } const cases[] = {{10, 0, 31},  {10, -0.1, 30},     {10, -6, 29}, {10, 180, 61},
-                       {10, 181, 1}, {10, -181, 60},     {0, 9, 32},   {56, 3, 32},
-                       {64, 5, 31},  {63.99, 11.99, 32}, {60, 12, 33}, {56, 2.99, 31},
-                       {72, 0, 31},  {72, 9, 33},        {75, 21, 35}, {83.99, 41.99, 37},
-                       {72, 42, 38}, {71.99, 9, 32},     {84, 10, 32}};
-    for (Case const& c : cases)
-        EXPECT_EQ(utm(c.lat, c.lon).zone, c.zone) << c.lat << ", " << c.lon;
+    std::tuple<double, double, int> const cases[] = {
+        {10, 0, 31},        {10, -0.1, 30}, {10, -6, 29},   {10, 180, 61}, {10, 181, 1},
+        {10, -181, 60},     {0, 9, 32},     {56, 3, 32},    {64, 5, 31},   {63.99, 11.99, 32},
+        {60, 12, 33},       {56, 2.99, 31}, {72, 0, 31},    {72, 9, 33},   {75, 21, 35},
+        {83.99, 41.99, 37}, {72, 42, 38},   {71.99, 9, 32}, {84, 10, 32}};
+    for (auto const& [lat, lon, zone] : cases)
+        EXPECT_EQ(utm(lat, lon).zone, zone) << lat << ", " << lon;
 
     // Norway's exception reports zone 32 for coordinates of zone 31, which lie more than ten
     // million metres north: read back with the zone it reports, the point moves by six degrees,

@@ -9,6 +9,8 @@
 
 #include <QTemporaryDir>
 
+#include <tuple>
+
 namespace {
 
 GeoPoint const reference{52.5, 13.25, 41.0};
@@ -38,25 +40,22 @@ protected:
 } // namespace
 
 TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMetres) {
-    struct Case {
-        float joinDistance;
-        float gap;
-        bool joined;
-    } const cases[] = {{10.0f, 9.0f, true}, {5.0f, 9.0f, false}, {20.0f, 11.0f, false}};
-    for (Case const& c : cases) {
-        pattern.setJoinDistance(c.joinDistance);
-        Records const runs{separator, {10, 20},         {50, 20}, separator,
-                           separator, {50 + c.gap, 20}, {90, 20}, {-3e7f, 1}};
+    // The join distance, the gap between two runs, and whether they are joined.
+    std::tuple<float, float, bool> const cases[] = {{10, 9, true}, {5, 9, false}, {20, 11, false}};
+    for (auto const& [joinDistance, gap, joined] : cases) {
+        pattern.setJoinDistance(joinDistance);
+        Records const runs{separator, {10, 20},       {50, 20}, separator,
+                           separator, {50 + gap, 20}, {90, 20}, {-3e7f, 1}};
         ASSERT_TRUE(load(runs));
-        ASSERT_EQ(pattern.curveCount(), 3) << c.gap;
+        ASSERT_EQ(pattern.curveCount(), 3) << gap;
         // A point of the run's frame comes back at its place: away from 0 the round trip
         // through degrees is far below a float's step.
-        EXPECT_TRUE(samePath(pattern.curvePoints(1), {{50 + c.gap, 20}, {90, 20}}));
+        EXPECT_TRUE(samePath(pattern.curvePoints(1), {{50 + gap, 20}, {90, 20}}));
         EXPECT_TRUE(pattern.curvePoints(0).size() == 2 && pattern.lastCurvePoints().empty() &&
                     !pattern.lastCurve().joinedToPrevious());
-        EXPECT_TRUE(pattern.neighbourCurve(1).joinedToNext() == c.joined &&
-                    pattern.neighbourCurve(2).joinedToPrevious() == c.joined)
-            << c.gap;
+        EXPECT_TRUE(pattern.neighbourCurve(1).joinedToNext() == joined &&
+                    pattern.neighbourCurve(2).joinedToPrevious() == joined)
+            << gap;
     }
 
     // A centre 0.0009 degrees north of the reference: at 52.5 degrees a degree of latitude is
@@ -157,22 +156,20 @@ TEST(PivotPattern, FitCircleMeansTheCirclesOfTriplesWithoutLastNeighbours) {
     // d1 = 7 (8 + 2) + 2 (-2 - 3) + 2 (3 - 8) = 50, d2 = -50, and with s = 58, 68, 8 the centre
     // is (0.5 * 200 / 50, 0.5 * -300 / -50) = (2, 3), 5 from (2, -2).
     std::vector<LocalPoint> const circle{{7, 3}, {2, 8}, {-3, 3}, {2, -2}};
-    struct Case {
-        std::vector<LocalPoint> points;
-        bool fitted;
-    } const cases[] = {{{circle.begin(), circle.begin() + 3}, false},
-                       {{{7, 3}, {7, 3}, {2, 8}, {7, 3}}, false}, // (0, 1, 3) coincide
-                       {{{0, 0}, {1, 1}, {2, 2}, {3, 3}}, false},
-                       {{{0, 0}, {0.5f, 0.5f}, {1, 0}, {0.5f, -0.5f}}, false}, // radius 0.5
-                       {circle, true}};
-    for (Case const& c : cases) {
+    std::pair<std::vector<LocalPoint>, bool> const cases[] = {
+        {{circle.begin(), circle.begin() + 3}, false},
+        {{{7, 3}, {7, 3}, {2, 8}, {7, 3}}, false}, // (0, 1, 3) coincide
+        {{{0, 0}, {1, 1}, {2, 2}, {3, 3}}, false},
+        {{{0, 0}, {0.5f, 0.5f}, {1, 0}, {0.5f, -0.5f}}, false}, // radius 0.5
+        {circle, true}};
+    for (auto const& [points, fitted] : cases) {
         LocalPoint center{-1, -1};
         float radius = -1.0f;
-        EXPECT_EQ(TPivotPattern::fitCircle(center, radius, c.points.data(),
-                                           static_cast<int>(c.points.size())),
-                  c.fitted)
-            << c.points.size();
-        EXPECT_TRUE(!c.fitted || (center.x == 2.0f && center.y == 3.0f && radius == 5.0f));
+        EXPECT_EQ(TPivotPattern::fitCircle(center, radius, points.data(),
+                                           static_cast<int>(points.size())),
+                  fitted)
+            << points.size();
+        EXPECT_TRUE(!fitted || (center.x == 2.0f && center.y == 3.0f && radius == 5.0f));
     }
     // 2 pi / acos(1 - 0.1 / r): 6.2832 / 0.14154 = 44.39 for 10 m, / 0.044725 = 140.48 for 100 m.
     EXPECT_EQ(TPivotPattern::vertexCount(10.0f), 44);
@@ -196,22 +193,20 @@ TEST(PivotPattern, SavedFileLoadsBackAroundLatitudeAndLongitudeZeroAndNeedsState
     EXPECT_NEAR(pivot.centerValue().x, 891811.8f, 1.0f);
     EXPECT_NEAR(pivot.centerValue().y, -5036864.6f, 1.0f);
 
-    struct Case {
-        QByteArray settings;
-        bool loaded;
-        int state;
-    } const cases[] = {{"[Reference]\nLat=52\nLon=13\n", false, 0},
-                       {"State=1\n[Reference]\nLat=52\nLon=13\n", false, 1},
-                       {"State=two\n[Reference]\nLat=52\nLon=13\n", false, 0},
-                       {"State=2\n[Reference]\nEast=672509\nNorth=5800000\n", false, 2},
-                       {"State=2\n[Reference]\nEast=672509\nNorth=5800000\nZone=32\n", true, 2},
-                       {"State=2\nInnerRadius=ten\n[Reference]\nLat=52\n", true, 2}};
+    // The settings, whether they load, and the state read.
+    std::tuple<QByteArray, bool, int> const cases[] = {
+        {"[Reference]\nLat=52\nLon=13\n", false, 0},
+        {"State=1\n[Reference]\nLat=52\nLon=13\n", false, 1},
+        {"State=two\n[Reference]\nLat=52\nLon=13\n", false, 0},
+        {"State=2\n[Reference]\nEast=672509\nNorth=5800000\n", false, 2},
+        {"State=2\n[Reference]\nEast=672509\nNorth=5800000\nZone=32\n", true, 2},
+        {"State=2\nInnerRadius=ten\n[Reference]\nLat=52\n", true, 2}};
     int file = 0;
-    for (Case const& c : cases) {
+    for (auto const& [settings, loads, state] : cases) {
         QString const other = dir.filePath(QStringLiteral("Pivot%1.ini").arg(file++));
-        test_support::write_file(other, c.settings);
+        test_support::write_file(other, settings);
         TPivotPattern loaded;
-        EXPECT_EQ(loaded.load(other), c.loaded) << c.settings.constData();
-        EXPECT_EQ(loaded.stateValue(), c.state) << c.settings.constData();
+        EXPECT_EQ(loaded.load(other), loads) << settings.constData();
+        EXPECT_EQ(loaded.stateValue(), state) << settings.constData();
     }
 }

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -25,10 +26,10 @@ bool contains(Path const& path, LocalPoint point) {
                        [&](LocalPoint p) { return p.x == point.x && p.y == point.y; });
 }
 
-// Largest error of a line's distance from its source: the 0.02 simplification, the sagitta of an
-// arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)), 0.016) and the grid.
+// Largest error of a line's distance from its source in arc steps of 0.5: the 0.02
+// simplification, the sagitta of an arc step of 0.5 at a distance of 2 (2 (1 - cos(0.125)),
+// 0.016) and the grid.
 float const lineTolerance = 0.02f + 0.016f + 2e-4f;
-float const lineArcStep = 0.5f;
 
 } // namespace
 
@@ -155,17 +156,15 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
 
     // Four outer corners of a quarter turn; a join of no steps leaves the two moved points, and
     // an arc step of 1 gives trunc(pi / 2) = 1 point per join.
-    struct Case {
-        float distance, arc_step;
-        std::size_t size;
-    } const cases[] = {{-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
-                       {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
-                       {-1.0f, -0.1f, 8},
-                       {-1.0f, notANumber, 8},
-                       {-1.0f, 1.0f, 12}};
-    for (Case const& c : cases)
-        EXPECT_EQ(offsetRing(square, nullptr, c.distance, c.arc_step).size(), c.size)
-            << c.distance << " " << c.arc_step;
+    std::tuple<float, float, std::size_t> const cases[] = {
+        {-1e6f, 1e-30f, 4 * (2 + mostJoinPoints)},
+        {-1.0f, 0.0f, 4 * (2 + mostJoinPoints)},
+        {-1.0f, -0.1f, 8},
+        {-1.0f, notANumber, 8},
+        {-1.0f, 1.0f, 12}};
+    for (auto const& [distance, arcStep, size] : cases)
+        EXPECT_EQ(offsetRing(square, nullptr, distance, arcStep).size(), size)
+            << distance << " " << arcStep;
     EXPECT_TRUE(offsetRing({}, nullptr, 1.0f, 0.1f).empty());
 }
 
@@ -233,7 +232,7 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     for (float distance : {2.0f, -2.0f}) {
         for (Path const& source : {straight, bent}) {
             SCOPED_TRACE(distance);
-            PathList const lines = parallelPath(source, 0.0f, distance, lineArcStep);
+            PathList const lines = parallelPath(source, 0.0f, distance, 0.5f);
             ASSERT_EQ(lines.size(), 1u);
             expectBeside(lines[0], source, distance, lineTolerance);
             EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
@@ -255,11 +254,11 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
         return line.size() > 2 && line.front().x == line.back().x &&
                line.front().y == line.back().y;
     };
-    PathList const left = parallelPath(loop, 0.0f, 2.0f, lineArcStep);
+    PathList const left = parallelPath(loop, 0.0f, 2.0f, 0.5f);
     auto const closed = std::find_if(left.begin(), left.end(), isClosed);
     ASSERT_NE(closed, left.end());
     expectBeside(*closed, loop, 2.0f, lineTolerance);
-    PathList const right = parallelPath(loop, 0.0f, -2.0f, lineArcStep);
+    PathList const right = parallelPath(loop, 0.0f, -2.0f, 0.5f);
     EXPECT_TRUE(std::none_of(right.begin(), right.end(), isClosed));
     EXPECT_EQ(std::count_if(right.begin(), right.end(), std::mem_fn(&Path::empty)), 1);
 }
@@ -276,18 +275,17 @@ TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
     // An extension of 2 shortens the last segment of 10 to 2 beyond the last but one point. The
     // float 0.1 is a little above the double 0.1 against which the extension is compared, and
     // moves the ends; the float below it does not.
-    struct Case {
-        float distance, extension;
-        Path expected;
-    } const cases[] = {{0.0f, 0.0f, hooked},
-                       {5e-5f, 0.0f, hooked},
-                       {0.0f, std::nextafter(0.1f, 0.0f), hooked},
-                       {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
-                       {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}}};
-    for (Case const& c : cases) {
-        PathList const lines = parallelPath({{0, 0}, {10, 0}}, c.extension, c.distance, 1.0f);
+    // The distance, the extension and the line.
+    std::tuple<float, float, Path> const cases[] = {
+        {0.0f, 0.0f, hooked},
+        {5e-5f, 0.0f, hooked},
+        {0.0f, std::nextafter(0.1f, 0.0f), hooked},
+        {0.0f, 0.1f, {{-0.1f - 0.1f, 1e-4f}, {0.1f + 0.1f, -1e-4f}}},
+        {0.0f, 2.0f, {{-2.0f - 0.1f, 1e-4f}, {2.0f + 0.1f, -1e-4f}}}};
+    for (auto const& [distance, extension, expected] : cases) {
+        PathList const lines = parallelPath({{0, 0}, {10, 0}}, extension, distance, 1.0f);
         ASSERT_EQ(lines.size(), 1u);
-        EXPECT_TRUE(samePath(lines[0], c.expected)) << c.distance << " " << c.extension;
+        EXPECT_TRUE(samePath(lines[0], expected)) << distance << " " << extension;
     }
 
     EXPECT_TRUE(parallelPath({{0, 0}}, 0.0f, 1.0f, 1.0f).empty() &&
