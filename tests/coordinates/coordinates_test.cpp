@@ -280,13 +280,9 @@ TEST(Frame_cache, alternatingCentresAndWholeFilesGiveTheBitsOfSinglePointsInAFre
         GeoPoint const converted = localToGeo(local, centre);
         LocalPoint const projected = geoToLocal(geo, centre);
         // A new thread has converted nothing before, so it builds its frame afresh.
-        GeoPoint fresh;
-        LocalPoint freshProjected;
-        std::thread([&] {
-            fresh = localToGeo(local, centre);
-            freshProjected = geoToLocal(geo, centre);
-        }).join();
-        EXPECT_TRUE(sameBits(converted, fresh) && sameBits(projected, freshProjected));
+        std::pair<GeoPoint, LocalPoint> fresh;
+        std::thread([&] { fresh = {localToGeo(local, centre), geoToLocal(geo, centre)}; }).join();
+        EXPECT_TRUE(sameBits(converted, fresh.first) && sameBits(projected, fresh.second));
     }
 
     std::vector<LocalPoint> points;
@@ -409,8 +405,7 @@ TEST(Utm_zone, reportedZoneAtTheEdgesAndAgainstTheProjectionZone) {
     geoToUtm({60.0, 5.0, 123.0}, east, north, zone);
     Grid const projected = utm(60.0, 5.0, 0, 31);
     EXPECT_TRUE(zone == 32 && projected.zone == 31 && north > 15000000.0);
-    EXPECT_NEAR(east, projected.east, 1e-6);
-    EXPECT_NEAR(north, projected.north, 1e-6);
+    expectNear(col(SVec(east, north, 0)), col(SVec(projected.east, projected.north, 0)), 1e-6);
     GeoPoint const back = utmToGeoPoint(zone, east, north);
     EXPECT_NEAR(back.longitude, 11.0, 0.1);
     EXPECT_EQ(back.height, 0.0);

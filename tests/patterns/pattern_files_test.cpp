@@ -79,7 +79,7 @@ TEST_F(CurvePattern, AMissingFileFailsWithOneOpenCurveAndSettingsAreReadAnyway) 
     EXPECT_TRUE(!pattern.basePositionValue(position) && pattern.correctionSourceValue() == 0);
 }
 
-TEST_F(CurvePattern, WrittenPointsAreThereAfterAReload) {
+TEST_F(CurvePattern, WrittenPointsAreThereAfterAReloadAndTheNearestCurveIsAFinishedOne) {
     ASSERT_TRUE(load({{10, 20}, {30, 20}}));
     for (LocalPoint const p : {LocalPoint{50, 20}, TPointHistory::breakMark, LocalPoint{70, 20}})
         EXPECT_TRUE(pattern.writePoint(p));
@@ -89,6 +89,14 @@ TEST_F(CurvePattern, WrittenPointsAreThereAfterAReload) {
     EXPECT_TRUE(samePath(pattern.curvePoints(1), {{70, 20}}, 1e-5f));
     EXPECT_FALSE(pattern.deleteFile());
     EXPECT_TRUE(!QFile::exists(path) && pattern.curveCount() == 1 && !pattern.writePoint({90, 20}));
+
+    // The open curve is left out, the later curve wins a tie, and the limit is strict.
+    ASSERT_TRUE(load({{10, -10}, {30, -10}, separator, {10, 10}, {30, 10}}));
+    pattern.lastCurve().add({20, 1});
+    pattern.lastCurve().add({20, 2});
+    auto const nearest = [&](float y, float limit) { return pattern.nearestCurve({20, y}, limit); };
+    EXPECT_EQ((std::vector<int>{nearest(0, -1), nearest(-1, -1), nearest(0, 10), nearest(-2, 10)}),
+              (std::vector<int>{1, 0, -1, 0}));
 }
 
 TEST(CurveGeometry, WalksByStraightLineDistance) {
@@ -183,15 +191,12 @@ TEST(PivotPattern, SavedFileLoadsBackAroundLatitudeAndLongitudeZeroAndNeedsState
     ASSERT_TRUE(TPivotPattern::save(path, 52.5, 13.25, 250.5));
     TPivotPattern pivot;
     ASSERT_TRUE(pivot.load(path));
-    EXPECT_EQ(pivot.stateValue(), 2);
-    EXPECT_EQ(pivot.ringValue(), 0);
-    EXPECT_EQ(pivot.baseRadius(), 250.5f);
-    EXPECT_FALSE(pivot.readyValue());
+    EXPECT_TRUE(pivot.stateValue() == 2 && pivot.ringValue() == 0 && pivot.baseRadius() == 250.5f &&
+                !pivot.readyValue());
     // The tangent plane at latitude 0, longitude 0 has north along the Earth's axis and east
     // along Y: with N = a / sqrt(1 - e2 sin^2 52.5) = 6,391,616.8 m (WGS-84) the reference lies
     // at east N cos 52.5 sin 13.25 = 891,811.8 m, north N (1 - e2) sin 52.5 = 5,036,864.6 m.
-    EXPECT_NEAR(pivot.centerValue().x, 891811.8f, 1.0f);
-    EXPECT_NEAR(pivot.centerValue().y, -5036864.6f, 1.0f);
+    EXPECT_TRUE(samePath({pivot.centerValue()}, {{891811.8f, -5036864.6f}}, 1.0f));
 
     // The settings, whether they load, and the state read.
     std::tuple<QByteArray, bool, int> const cases[] = {
