@@ -84,6 +84,11 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChordAndFoundByTheirPiec
                                 lineOf({{1, 1}}, true).nearestSegment({0, 0}, piece)}),
               (std::vector<int>{2, 1, -1, -1}));
     EXPECT_TRUE(corner.squaredDistance({12, 5}, squared) && squared == 4.0f);
+    // Ranges are held to the source.
+    TGuidanceCurve appended;
+    for (auto const& [first, last] : {std::pair{-3, 2}, {2, 100}, {3, 1}})
+        appended.appendRange(corner.points(), first, last);
+    EXPECT_TRUE(samePath(appended.points(), corner.points()));
 }
 
 TEST(GuidanceCurve, OffsetsOfShortLinesZeroAndRepeatedDistances) {

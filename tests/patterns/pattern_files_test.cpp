@@ -46,8 +46,7 @@ TEST_F(CurvePattern, LoadedRunsBecomeCurvesJoinedWithinTheJoinDistanceUpToTenMet
         pattern.setJoinDistance(joinDistance);
         Records const runs{separator, {10, 20},       {50, 20}, separator,
                            separator, {50 + gap, 20}, {90, 20}, {-3e7f, 1}};
-        ASSERT_TRUE(load(runs));
-        ASSERT_EQ(pattern.curveCount(), 3) << gap;
+        ASSERT_TRUE(load(runs) && pattern.curveCount() == 3) << gap;
         // A point of the run's frame comes back at its place: away from 0 the round trip
         // through degrees is far below a float's step.
         EXPECT_TRUE(samePath(pattern.curvePoints(1), {{50 + gap, 20}, {90, 20}}));
