@@ -83,7 +83,8 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChordAndFoundByTheirPiec
                                 corner.nearestSegment({NAN, 0}, piece),
                                 lineOf({{1, 1}}, true).nearestSegment({0, 0}, piece)}),
               (std::vector<int>{2, 1, -1, -1}));
-    EXPECT_TRUE(corner.squaredDistance({12, 5}, squared) && squared == 4.0f);
+    EXPECT_TRUE(corner.squaredDistance({12, 5}, squared) && squared == 4.0f &&
+                !lineOf({{1, 1}}, true).squaredDistance({0, 0}, squared));
     // Ranges are held to the source.
     TGuidanceCurve appended;
     for (auto const& [first, last] : {std::pair{-3, 2}, {2, 100}, {3, 1}})
