@@ -1,158 +1,203 @@
-// The cleaner of raw parallel curves on hand-made curves whose cuts can be worked out on paper;
-// the equivalence test covers the same procedures on thousands of random curves.
+// The cleaner of raw parallel curves: the clean-ups against their literal procedures, point for
+// point, on thousands of generated raw curves with loops, spikes and sharp turns. Its miters and
+// sliding window are held by the parallel curves of the guidance line tests.
 #include "patterns/lock_guide_curve.h"
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
+#include <cmath>
+#include <cstring>
+#include <random>
 
 namespace {
 
-void expectPath(Path const& actual, Path const& expected, float tolerance = 0.0f) {
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        EXPECT_NEAR(actual[i].x, expected[i].x, tolerance) << i;
-        EXPECT_NEAR(actual[i].y, expected[i].y, tolerance) << i;
-    }
-}
+// The clean-ups of a raw parallel curve exactly as their procedures read: every search walks back
+// over all older pieces, a loop cut starts the walk again at the first piece, and points are
+// erased and inserted in place. Slow on purpose.
+struct Literal {
+    Path result;
+    float distance = 0.0f;
+    LocalPoint previous{}, current{};
 
-TLockGuideCurve curveOf(Path const& points, float distance) {
-    TLockGuideCurve curve(nullptr, distance);
-    for (LocalPoint const p : points)
-        curve.add(p.x, p.y);
+    int size() const { return static_cast<int>(result.size()); }
+
+    // The points j to i - 1 give way to the crossing, where the turn check goes on.
+    void cut(int j, int i, LocalPoint crossing) {
+        result.erase(result.begin() + j, result.begin() + i);
+        result.insert(result.begin() + j, crossing);
+        previous = crossing;
+        current = result[j + 1];
+    }
+
+    bool removeLoops() {
+        bool cutAny = false;
+        for (int i = 1; i < size(); ++i) {
+            for (int j = i - 2, c = 2; j > 1; --j, ++c) {
+                LocalPoint crossing;
+                if (c < size() / 2 && TSegment(result[i - 1], result[i])
+                                          .intersectSegment({result[j], result[j - 1]}, crossing)) {
+                    cut(j, i, crossing);
+                    i = 0; // the loop's increment starts the walk again at 1
+                    cutAny = true;
+                    break;
+                }
+            }
+        }
+        return cutAny;
+    }
+
+    bool gentle(LocalPoint p) const {
+        if (previous.x == 0.0f || current.x == 0.0f)
+            return true;
+        double turn = static_cast<double>(TSegment(current, p).heading()) -
+                      static_cast<double>(TSegment(previous, current).heading());
+        turn += turn > 180.0 ? -360.0 : turn < -180.0 ? 360.0 : 0.0;
+        return turn >= -90.0 && turn <= 90.0;
+    }
+
+    void removeSharpTurns() {
+        if (size() < 4)
+            return;
+        previous = result[0];
+        current = result[1];
+        for (int i = 2; i < size(); ++i) {
+            LocalPoint const p = result[i];
+            if (gentle(p)) {
+                previous = current;
+            } else {
+                i = cutBack(i);
+                previous = LocalPoint{};
+            }
+            current = p;
+        }
+    }
+
+    int cutBack(int index) {
+        if (index < 2 || index + 1 >= size())
+            return index;
+        TSegment probe;
+        probe.setByHeading(result[index],
+                           TSegment(result[index + 1], result[index]).heading() - 180.0f, distance);
+        for (int j = index - 1; j >= 1; --j) {
+            LocalPoint crossing;
+            if (TSegment(result[index + 1], probe.end())
+                    .intersectSegment({result[j], result[j - 1]}, crossing)) {
+                cut(j, index, crossing);
+                return j + 1;
+            }
+        }
+        return index;
+    }
+
+    void removeSpikes() {
+        if (size() < 4)
+            return;
+        previous = result[0];
+        current = result[1];
+        for (int i = 2; i < size(); ++i) {
+            LocalPoint const p = result[i];
+            bool const sharp = !gentle(p);
+            if (sharp && i + 1 >= size())
+                return;
+            previous = current;
+            current = p;
+            if (!sharp)
+                continue;
+            if (gentle(result[i + 1])) {
+                previous = result[i - 2];
+                current = result[i - 1];
+            } else {
+                result.erase(result.begin() + i - 1, result.begin() + i + 1);
+                previous = LocalPoint{};
+            }
+        }
+    }
+};
+
+// A raw curve as a parallel curve comes out before its clean-up: a wandering line with gentle
+// bends, sharp turns, reversals (spikes) and small loops, now and then a long straight run (as
+// thinning leaves of a straight drive), and now and then a repeated point, a point at the origin,
+// or a coordinate that is not a number.
+Path wanderingCurve(std::mt19937& random, int size) {
+    float const pi = 3.14159265f;
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    std::normal_distribution<float> bend(0.0f, 0.15f);
+    auto const sign = [&] { return unit(random) < 0.5f ? 1.0f : -1.0f; };
+    Path curve;
+    float x = 200.0f * unit(random) - 100.0f, y = 200.0f * unit(random) - 100.0f,
+          heading = 2.0f * pi * unit(random);
+    int loopSteps = 0;
+    float loopTurn = 0.0f;
+    while (static_cast<int>(curve.size()) < size) {
+        float const choice = unit(random);
+        if (loopSteps > 0) {
+            heading += loopTurn;
+            --loopSteps;
+        } else if (choice < 0.06f) {
+            loopSteps = 4 + static_cast<int>(5.0f * unit(random));
+            loopTurn = sign() * 2.0f * pi / loopSteps * (0.9f + 0.2f * unit(random));
+        } else {
+            heading += choice < 0.12f   ? pi * (0.85f + 0.3f * unit(random))
+                       : choice < 0.24f ? sign() * pi * (0.5f + 0.5f * unit(random))
+                                        : bend(random);
+        }
+        float const step = (unit(random) < 0.02f ? 40.0f : 1.0f) * (0.5f + 4.0f * unit(random));
+        x += step * std::cos(heading);
+        y += step * std::sin(heading);
+        float const oddity = unit(random);
+        curve.push_back(oddity < 0.01f && !curve.empty() ? curve.back()
+                        : oddity < 0.015f                ? LocalPoint{}
+                        : oddity < 0.018f                ? LocalPoint{NAN, y}
+                        : oddity < 0.02f                 ? LocalPoint{x, INFINITY}
+                                                         : LocalPoint{x, y});
+    }
     return curve;
 }
 
-// The step results over a whole source line, with the points of the successful ones.
-std::vector<bool> stepThrough(Path const& source, Path& points) {
-    TLockGuideCurve curve(&source, 1.0f);
-    std::vector<bool> results;
-    for (int i = 0; i < static_cast<int>(source.size()); ++i) {
-        LocalPoint point;
-        TSegment segment;
-        results.push_back(curve.step(i, point, segment));
-        if (results.back())
-            points.push_back(point);
-    }
-    return results;
+TLockGuideCurve cleanerOf(Path const& curve, float distance) {
+    TLockGuideCurve cleaner(nullptr, distance);
+    for (LocalPoint const p : curve)
+        cleaner.add(p.x, p.y);
+    return cleaner;
+}
+
+// A step of the cleaner by number, on the library's or on the literal one: cutBack at `index`,
+// removeLoops (its result), removeSharpTurns, removeSpikes.
+template <typename Cleaner> int cleanUp(Cleaner& cleaner, int step, int index = 0) {
+    if (step == 0)
+        return cleaner.cutBack(index);
+    if (step == 1)
+        return cleaner.removeLoops();
+    step == 2 ? cleaner.removeSharpTurns() : cleaner.removeSpikes();
+    return 0;
 }
 
 } // namespace
 
-TEST(LockGuideCurve, MitersLieOnTheBisectorUnlessTheCornerTurnsBack) {
-    TLockGuideCurve const curve(nullptr, 1.0f);
-    LocalPoint out{-1, -1};
-    // A right angle at (10, 10): sqrt(2) out along the bisector, away from both legs.
-    ASSERT_TRUE(curve.miter(out, {10, 11}, {10, 10}, {11, 10}));
-    EXPECT_NEAR(out.x, 9.0f, 1e-5f);
-    EXPECT_NEAR(out.y, 9.0f, 1e-5f);
-    // Legs whose unit directions lie 0.04 apart: no miter, and `out` stays.
-    out = {-1, -1};
-    EXPECT_FALSE(curve.miter(out, {10, 11}, {10, 10}, {10.04f, 11}));
-    EXPECT_EQ(out.x, -1.0f);
-}
-
-TEST(LockGuideCurve, StepsGiveTheMiterOfTheCornerBeforeOnceTheWindowIsFull) {
-    // Straight east, then a left turn north at (30, 10).
-    Path const source{{10, 10}, {20, 10}, {30, 10}, {30, 20}, {30, 30}};
-    Path points;
-    EXPECT_EQ(stepThrough(source, points), (std::vector<bool>{false, false, false, true, true}));
-    ASSERT_EQ(points.size(), 2u);
-    EXPECT_NEAR(points[0].x, 20.0f, 1e-5f); // 1 to the right of (20, 10)
-    EXPECT_NEAR(points[0].y, 9.0f, 1e-5f);
-    EXPECT_NEAR(points[1].x, 31.0f, 1e-5f); // the outer miter of the turn
-    EXPECT_NEAR(points[1].y, 9.0f, 1e-5f);
-
-    // A source point at the origin stops the window for its call only.
-    Path const withOrigin{{10, 10}, {20, 10}, {0, 0}, {30, 10}, {30, 20}, {30, 30}};
-    Path sameWay;
-    EXPECT_EQ(stepThrough(withOrigin, sameWay),
-              (std::vector<bool>{false, false, false, false, true, true}));
-    expectPath(sameWay, points);
-}
-
-TEST(LockGuideCurve, LoopsAreCutAtTheirCrossingUnlessTheySpanHalfTheCurve) {
-    // The piece (5, 5)-(5, -5) crosses (10, 0)-(0, 0) at (5, 0), 3 pieces back in 12 points.
-    TLockGuideCurve loop = curveOf({{-20, 0},
-                                    {-10, 0},
-                                    {0, 0},
-                                    {10, 0},
-                                    {12, 5},
-                                    {5, 5},
-                                    {5, -5},
-                                    {15, -5},
-                                    {25, -5},
-                                    {35, -5},
-                                    {45, -5},
-                                    {55, -5}},
-                                   5.0f);
-    EXPECT_TRUE(loop.removeLoops());
-    expectPath(loop.result(), {{-20, 0},
-                               {-10, 0},
-                               {0, 0},
-                               {5, 0},
-                               {5, -5},
-                               {15, -5},
-                               {25, -5},
-                               {35, -5},
-                               {45, -5},
-                               {55, -5}});
-
-    // The crossing at (15, 0) lies 4 pieces back: not below 7 / 2, so the loop stays.
-    Path const wide{{0, 0}, {10, 0}, {20, 0}, {30, 0}, {30, 10}, {15, 10}, {15, -10}};
-    TLockGuideCurve kept = curveOf(wide, 5.0f);
-    EXPECT_FALSE(kept.removeLoops());
-    expectPath(kept.result(), wide);
-    // With six points more it is below 13 / 2.
-    Path longer = wide;
-    for (float y : {-20.0f, -30.0f, -40.0f, -50.0f, -60.0f, -70.0f})
-        longer.push_back({15, y});
-    TLockGuideCurve cut = curveOf(longer, 5.0f);
-    EXPECT_TRUE(cut.removeLoops());
-    expectPath(cut.result(), {{0, 0},
-                              {10, 0},
-                              {15, 0},
-                              {15, -10},
-                              {15, -20},
-                              {15, -30},
-                              {15, -40},
-                              {15, -50},
-                              {15, -60},
-                              {15, -70}});
-}
-
-TEST(LockGuideCurve, SharpTurnsAreCutBackToWhereTheProbeCrossesAnOlderPiece) {
-    // East along y = 1, then back north-west at (31, 1) and down south-west: the probe from
-    // (24, 6) runs 20 on toward the south-west and crosses y = 1 at x = 19.
-    TLockGuideCurve curve =
-        curveOf({{1, 1}, {11, 1}, {21, 1}, {31, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}}, 20.0f);
-    curve.removeSharpTurns();
-    expectPath(curve.result(), {{1, 1}, {11, 1}, {19, 1}, {29, 11}, {24, 6}, {14, -4}, {9, -9}},
-               1e-4f);
-}
-
-TEST(LockGuideCurve, SpikesOfTwoSharpTurnsGoAndSingleBendsStay) {
-    Path const spike{{10, 10}, {20, 10}, {30, 10}, {20, 11}, {40, 10}, {50, 10}};
-    Path const singleBend{{10, 10}, {20, 10}, {30, 10}, {25, 20}, {20, 30}};
-    // Turns of exactly 90 degrees, headings 0 -> 270 -> 0, are gentle at both corners ...
-    Path const rightAngles{{10, 0}, {10, 10}, {-2, 10}, {-2, 20}, {-2, 30}};
-    // ... and of 90.5 degrees sharp: the leg west runs at 269.5 degrees.
-    LocalPoint const west{-1.99954307f, 9.89528179f}; // (10, 10) + 12 * (sin, cos) of 269.5
-    Path const sharper{{10, 0}, {10, 10}, west, {west.x, 20}, {west.x, 30}};
-
-    struct Case {
-        Path const& raw;
-        Path expected;
-    };
-    Case const cases[] = {
-        {spike, {{10, 10}, {20, 10}, {40, 10}, {50, 10}}},
-        {singleBend, singleBend},
-        {rightAngles, rightAngles},
-        {sharper, {{10, 0}, {west.x, 20}, {west.x, 30}}},
-    };
-    for (Case const& c : cases) {
-        TLockGuideCurve curve = curveOf(c.raw, 5.0f);
-        curve.removeSpikes();
-        expectPath(curve.result(), c.expected);
+TEST(Cleanups_equivalence, eachStepGivesTheLiteralProceduresPoints) {
+    std::mt19937 random(20261123);
+    std::uniform_real_distribution<float> distance(-40.0f, 40.0f);
+    int cuts = 0;
+    for (int round = 0; round < 4000; ++round) {
+        SCOPED_TRACE(round);
+        Path const curve =
+            wanderingCurve(random, std::uniform_int_distribution<int>(2, 240)(random));
+        Literal literal{curve, distance(random)};
+        TLockGuideCurve fast = cleanerOf(curve, literal.distance);
+        // cutBack alone at any index, on the raw curve, then the clean-ups in their order; each
+        // must leave the same bits (a -0 or another not-a-number counts as a difference).
+        int const index = std::uniform_int_distribution<int>(-1, literal.size())(random);
+        for (int step = 0; step < 4; ++step) {
+            int const expected = cleanUp(literal, step, index);
+            ASSERT_EQ(cleanUp(fast, step, index), expected) << "step " << step;
+            Path const result = fast.result();
+            ASSERT_TRUE(result.size() == literal.result.size() &&
+                        (result.empty() || std::memcmp(result.data(), literal.result.data(),
+                                                       result.size() * sizeof(LocalPoint)) == 0))
+                << "step " << step;
+            cuts += step == 1 && expected;
+        }
     }
+    // The generator must make loops to cut, or the comparison would prove little.
+    EXPECT_GT(cuts, 1000);
 }
