@@ -35,16 +35,15 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     float const distance = input.take<float>();
     TGuidanceCurve line;
     std::uint8_t control = 0;
+    auto coordinate = [&] {
+        return control & rawFloats
+                   ? input.take<float>()
+                   : static_cast<float>(input.take<std::int32_t>() % 100000) * 0.01f;
+    };
     while (input.has(1 + 2 * sizeof(float))) {
         control = input.take<std::uint8_t>();
-        LocalPoint point;
-        if (control & rawFloats) {
-            point.x = input.take<float>();
-            point.y = input.take<float>();
-        } else {
-            point.x = static_cast<float>(input.take<std::int32_t>() % 100000) * 0.01f;
-            point.y = static_cast<float>(input.take<std::int32_t>() % 100000) * 0.01f;
-        }
+        // A braced list evaluates its elements in order: x, then y.
+        LocalPoint const point{coordinate(), coordinate()};
         line.add(point, control & keepAll);
         if (control & finishLine)
             line.finish();

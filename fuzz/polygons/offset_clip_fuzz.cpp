@@ -112,34 +112,28 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     if (!input.has(1 + 3 * sizeof(float)))
         return 0;
     std::uint8_t const settings = input.take<std::uint8_t>();
-    float distance = 0.0f;
-    float extension = 0.0f;
-    float arcStep = 0.0f;
-    if (settings & rawSettings) {
-        distance = input.take<float>();
-        extension = input.take<float>();
-        arcStep = input.take<float>();
-    } else {
-        distance = static_cast<float>(input.take<std::int32_t>() % 4000) * 0.01f;
-        extension = static_cast<float>(input.take<std::int32_t>() % 1000) * 0.01f;
-        arcStep = static_cast<float>(input.take<std::int32_t>() % 1000) * 0.01f;
-    }
+    // Raw bits of floats, or hundredths from whole numbers.
+    auto setting = [&](std::int32_t range) {
+        return settings & rawSettings
+                   ? input.take<float>()
+                   : static_cast<float>(input.take<std::int32_t>() % range) * 0.01f;
+    };
+    float const distance = setting(4000);
+    float const extension = setting(1000);
+    float const arcStep = setting(1000);
 
     PathList paths(1);
     std::size_t const pointSize =
         settings & rawPoints ? 2 * sizeof(float) : 2 * sizeof(std::int16_t);
+    auto coordinate = [&] {
+        return settings & rawPoints ? input.take<float>()
+                                    : static_cast<float>(input.take<std::int16_t>()) * 0.1f;
+    };
     while (input.has(1 + pointSize)) {
         if ((input.take<std::uint8_t>() & startsPath) && !paths.back().empty())
             paths.emplace_back();
-        LocalPoint point;
-        if (settings & rawPoints) {
-            point.x = input.take<float>();
-            point.y = input.take<float>();
-        } else {
-            point.x = static_cast<float>(input.take<std::int16_t>()) * 0.1f;
-            point.y = static_cast<float>(input.take<std::int16_t>()) * 0.1f;
-        }
-        paths.back().push_back(point);
+        // A braced list evaluates its elements in order: x, then y.
+        paths.back().push_back(LocalPoint{coordinate(), coordinate()});
     }
 
     checkParallelPath(paths[0], extension, distance, arcStep);
