@@ -1,23 +1,112 @@
 #pragma once
-// One field in a display tree (data/Clients/Client/Farm/Field), the tool run
-// on it, and what it wrote for the field read back.
-#include "shape_writer.h"
+// Shapefiles and dBASE tables written by shapelib's own writer (SHPCreate,
+// DBFCreate), and one field of a display tree with the tool run on it.
 #include "test_support/test_support.h"
 
-#include <QStringList>
+#include <QFile>
+#include <QVariant>
 
+#include <gtest/gtest.h>
+#include <shapefil.h>
+
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Lines = std::vector<std::string>;
+using Vertex = std::pair<double, double>; // x, y
+using Part = std::vector<Vertex>;
+using Shape = std::vector<Part>; // no parts at all makes a null shape
+
+inline void make_parent(QString const& path) {
+    test_support::make_dirs(path.left(path.lastIndexOf('/')));
+}
+
+// Writes <base>.shp and <base>.shx with one record per shape, all of `type`.
+inline void write_shapes(QString const& base, int type, std::vector<Shape> const& shapes) {
+    make_parent(base);
+    // shapelib cuts the last suffix off the name it is given.
+    SHPHandle file = SHPCreate(QFile::encodeName(base + ".shp").constData(), type);
+    ASSERT_NE(file, nullptr) << base.toStdString();
+    for (Shape const& shape : shapes) {
+        std::vector<int> starts;
+        std::vector<double> x, y, z;
+        for (Part const& part : shape) {
+            starts.push_back(static_cast<int>(x.size()));
+            for (Vertex const& vertex : part) {
+                x.push_back(vertex.first);
+                y.push_back(vertex.second);
+                z.push_back(7.0);
+            }
+        }
+        SHPObject* object = SHPCreateObject(
+            shape.empty() ? SHPT_NULL : type, -1, static_cast<int>(starts.size()), starts.data(),
+            nullptr, static_cast<int>(x.size()), x.data(), y.data(), z.data(), z.data());
+        SHPWriteObject(file, -1, object);
+        SHPDestroyObject(object);
+    }
+    SHPClose(file);
+}
+
+struct Column {
+    char const* name;
+    DBFFieldType type;
+    int width;
+    int decimals;
+};
+
+// Writes a dBASE table; a cell is a QString, an int, a double or a bool for
+// the column's kind, or an invalid QVariant for an empty value.
+inline void write_table(QString const& path, std::vector<Column> const& columns,
+                        std::vector<std::vector<QVariant>> const& rows) {
+    make_parent(path);
+    DBFHandle table = DBFCreate(QFile::encodeName(path).constData());
+    ASSERT_NE(table, nullptr) << path.toStdString();
+    for (Column const& column : columns)
+        DBFAddField(table, column.name, column.type, column.width, column.decimals);
+    for (int row = 0; row < static_cast<int>(rows.size()); ++row)
+        for (int column = 0; column < static_cast<int>(rows[row].size()); ++column) {
+            QVariant const& cell = rows[row][column];
+            QByteArray text = cell.toString().toUtf8();
+            if (!cell.isValid())
+                DBFWriteNULLAttribute(table, row, column);
+            else if (cell.userType() == QMetaType::Bool)
+                DBFWriteLogicalAttribute(table, row, column, cell.toBool() ? 'T' : 'F');
+            else if (cell.userType() == QMetaType::Int)
+                DBFWriteIntegerAttribute(table, row, column, cell.toInt());
+            else if (cell.userType() == QMetaType::Double)
+                DBFWriteDoubleAttribute(table, row, column, cell.toDouble());
+            else if (columns[column].type == FTDate) // shapelib would format it as a number
+                DBFWriteAttributeDirectly(table, row, column, text.data());
+            else
+                DBFWriteStringAttribute(table, row, column, text.constData());
+        }
+    DBFClose(table);
+}
+
+// The columns a boundary table has: Type, Name, Headland, Treatment.
+inline std::vector<Column> boundary_columns() {
+    return {{"Type", FTString, 20, 0},
+            {"Name", FTString, 40, 0},
+            {"Headland", FTInteger, 4, 0},
+            {"Treatment", FTInteger, 4, 0}};
+}
+
+// A rectangle of `width` by `height` degrees with its south-west corner at
+// (x, y), counter-clockwise or, when `clockwise`, the other way round.
+inline Part rectangle(double x, double y, double width, double height, bool clockwise = false) {
+    Part ring = {{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}, {x, y}};
+    if (clockwise)
+        std::reverse(ring.begin(), ring.end());
+    return ring;
+}
 
 class FieldTree : public test_support::DisplayTree {
 protected:
     using DisplayTree::saved;
-
     // The direct children with that tag of the last saved field of that name.
-    QList<test_support::XmlElement> saved(QString const& tag,
-                                          QString const& name = QStringLiteral("Field")) const {
+    QList<test_support::XmlElement> saved(QString const& tag, QString const& name) const {
         QList<test_support::XmlElement> const fields = saved("PFD", "C", name);
         EXPECT_FALSE(fields.isEmpty()) << "no field " << name.toStdString();
         QList<test_support::XmlElement> found;
@@ -27,12 +116,3 @@ protected:
         return found;
     }
 };
-
-// "<tag> name=value ..." in the order given, for readable comparisons.
-inline std::string summary(test_support::XmlElement const& element, QStringList const& names) {
-    QStringList parts = {element.tag};
-    for (QString const& name : names)
-        parts << (element.has_attribute(name) ? name + QLatin1Char('=') + element.attribute(name)
-                                              : name + QStringLiteral("-"));
-    return parts.join(QLatin1Char(' ')).toStdString();
-}
