@@ -1,6 +1,8 @@
-// Task data sets on disk: what the store reads, what it writes back, the
-// identities in LINKLIST.XML, sets split into external files, text that XML
-// cannot hold, and saves that fail.
+// The task data store: the element interface as the importers use it
+// (creating, numbering, linking and finding elements, attribute views,
+// line-string points), and sets on disk: what the store reads, what it writes
+// back, the identities in LINKLIST.XML, sets split into external files, text
+// that XML cannot hold, and saves that fail.
 #include "taskdata/element_man.h"
 #include "taskdata/proprietary.h"
 #include "test_support/test_support.h"
@@ -44,6 +46,12 @@ protected:
         return ok;
     }
 
+    // Saves into a scratch directory and reads TASKDATA.XML back.
+    XmlElement saved() {
+        save(dir("saved"));
+        return read_xml(dir("saved/TASKDATA.XML"));
+    }
+
     Task_data root() const { return man.get_client_root(); }
     QString dir(QString const& name) const { return scratch.file(name); }
     // The first difference of an XML file of two sets, empty when none.
@@ -55,9 +63,18 @@ protected:
     Element_man man;
 };
 
-QByteArray const minimal_root = "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" "
-                                "ManagementSoftwareManufacturer=\"m\" "
-                                "ManagementSoftwareVersion=\"1\" DataTransferOrigin=\"1\"";
+class Elements : public SetFiles {};
+
+// The first difference of `actual` from the element written as `expected`.
+QString differs(QByteArray const& expected, XmlElement const& actual) {
+    ScratchDir scratch;
+    write_file(scratch.file("expected.xml"), expected);
+    return difference(read_xml(scratch.file("expected.xml")), actual);
+}
+
+QByteArray const minimal_root = "<ISO11783_TaskData VersionMajor='4' VersionMinor='3' "
+                                "ManagementSoftwareManufacturer='m' "
+                                "ManagementSoftwareVersion='1' DataTransferOrigin='1'";
 
 // Long line strings are read past the XML reader where their points are
 // plain; every other form around them must come back as it was, also where
@@ -116,12 +133,12 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
     };
     Case const cases[] = {
         {"untouched text",
-         {{"TASKDATA.XML",
-           minimal_root + " P123_x=\"a&amp;b\">\n<PFD A=\"PFD-3\" C=\"f\" D=\"12\" "
-                          "Z=\"unknown\"><PLN A=\"1\"><LSG A=\"1\"><PNT A=\"2\" "
-                          "C=\"48.12345678901234\" D=\"+15.10\" E=\"7\" P9_ü=\"1\"/><P9_X q=\"1\"/>"
-                          "<PNT A=\"2\" C=\"1\" D=\"2\"><P9_Y/></PNT></LSG></PLN>"
-                          "<P9_Z>text</P9_Z></PFD></ISO11783_TaskData>"}},
+         {{"TASKDATA.XML", minimal_root +
+                               " P123_x='a&amp;b'>\n<PFD A='PFD-3' C='f' D='12' "
+                               "Z='unknown'><PLN A='1'><LSG A='1'><PNT A='2' "
+                               "C='48.12345678901234' D='+15.10' E='7' P9_ü='1'/><P9_X q='1'/>"
+                               "<PNT A='2' C='1' D='2'><P9_Y/></PNT></LSG></PLN>"
+                               "<P9_Z>text</P9_Z></PFD></ISO11783_TaskData>"}},
          {"TASKDATA.XML"},
          [] {}},
         {"points of every form across long files",
@@ -133,11 +150,11 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
              EXPECT_EQ(man.get_free_uid("PNT", false), 2);
          }},
         {"external files read in place and written as one file",
-         {{"TASKDATA.XML", minimal_root + "><CTR A=\"CTR1\" B=\"first\"/><XFR A=\"PFD00000\" "
-                                          "B=\"1\"/><XFR A=\"CTR00001\" B=\"1\"/>"
+         {{"TASKDATA.XML", minimal_root + "><CTR A='CTR1' B='first'/><XFR A='PFD00000' "
+                                          "B='1'/><XFR A='CTR00001' B='1'/>"
                                           "</ISO11783_TaskData>"},
-          {"PFD00000.XML", "<XFC><PFD A=\"PFD1\" C=\"field\" D=\"1\" E=\"CTR2\"/></XFC>"},
-          {"CTR00001.xml", "<XFC><CTR A=\"CTR2\" B=\"second\"/></XFC>"}},
+          {"PFD00000.XML", "<XFC><PFD A='PFD1' C='field' D='1' E='CTR2'/></XFC>"},
+          {"CTR00001.xml", "<XFC><CTR A='CTR2' B='second'/></XFC>"}},
          {},
          [&] {
              EXPECT_EQ(root().customers().count(), 2);
@@ -163,14 +180,13 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
          {},
          [&] { EXPECT_EQ(read_file(out + "/GUIDLIST.XML"), "<GUIDLIST>opaque</GUIDLIST>\n"); }},
         {"links that name nothing known",
-         {{"TASKDATA.XML", minimal_root + "><CTR A=\"CTR1\" B=\"c\"/></ISO11783_TaskData>"},
-          {"LINKLIST.XML",
-           "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" "
-           "ManagementSoftwareManufacturer=\"m\" ManagementSoftwareVersion=\"1\" "
-           "DataTransferOrigin=\"1\"><LGP A=\"LGP1\" B=\"1\"><LNK A=\"CTR1\" "
-           "B=\"{a1a2a3a4-b1b2-c1c2-d1d2-d3d4d5d6d7d8}\" C=\"named\"/><LNK A=\"TSK9\" "
-           "B=\"{11111111-2222-3333-4444-555555555555}\"/></LGP><LGP A=\"LGP2\" B=\"2\" "
-           "D=\"ns\"><LNK A=\"CTR1\" B=\"customer-42\"/></LGP></ISO11783LinkList>"}},
+         {{"TASKDATA.XML", minimal_root + "><CTR A='CTR1' B='c'/></ISO11783_TaskData>"},
+          {"LINKLIST.XML", "<ISO11783LinkList VersionMajor='4' VersionMinor='3' "
+                           "ManagementSoftwareManufacturer='m' ManagementSoftwareVersion='1' "
+                           "DataTransferOrigin='1'><LGP A='LGP1' B='1'><LNK A='CTR1' "
+                           "B='{a1a2a3a4-b1b2-c1c2-d1d2-d3d4d5d6d7d8}' C='named'/><LNK A='TSK9' "
+                           "B='{11111111-2222-3333-4444-555555555555}'/></LGP><LGP A='LGP2' B='2' "
+                           "D='ns'><LNK A='CTR1' B='customer-42'/></LGP></ISO11783LinkList>"}},
          {"LINKLIST.XML"},
          [this] {
              EXPECT_EQ(root().customers()[0].get_guid(),
@@ -192,52 +208,47 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
 
 TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
     QByteArray behind_points =
-        minimal_root + ">\n<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">\n";
+        minimal_root + ">\n<PFD A='PFD1' C='f' D='1'><PLN A='1'><LSG A='1'>\n";
     for (int i = 0; i < 1000; ++i)
-        behind_points += "<PNT A=\"2\" C=\"1\" D=\"2\"/>\n";
+        behind_points += "<PNT A='2' C='1' D='2'/>\n";
     behind_points += "</LSG></PLN>\n<PFD></ISO11783_TaskData>\n"; // line 1004
-    QByteArray const external = "<ISO11783_TaskData><XFR A=\"CTR00001\" B=\"1\"/>"
+    QByteArray const external = "<ISO11783_TaskData><XFR A='CTR00001' B='1'/>"
                                 "</ISO11783_TaskData>";
     struct Case {
         char const* what;
         QByteArray taskdata;
-        Files others;
         char const* reason;
+        Files others = {};
     };
     QList<Case> const cases = {
-        {"unclosed element", "<ISO11783_TaskData><CTR A=\"CTR1\">", {}, "TASKDATA.XML:1:"},
-        {"foreign root", "<TaskData/>", {}, "not an ISO 11783"},
-        {"no root", "<?xml version=\"1.0\"?>", {}, "TASKDATA.XML"},
+        {"unclosed element", "<ISO11783_TaskData><CTR A='CTR1'>", "TASKDATA.XML:1:"},
+        {"foreign root", "<TaskData/>", "not an ISO 11783"},
+        {"no root", "<?xml version='1.0'?>", "TASKDATA.XML"},
         // The reader names the true line of an error behind a long run of points.
-        {"error behind points", behind_points, {}, "TASKDATA.XML:1004:"},
-        {"missing external file",
-         "<ISO11783_TaskData><XFR A=\"CTR00002\" B=\"1\"/>",
-         {},
-         "CTR00002"},
+        {"error behind points", behind_points, "TASKDATA.XML:1004:"},
+        {"missing external file", "<ISO11783_TaskData><XFR A='CTR00002' B='1'/>", "CTR00002"},
         {"path as external file",
-         "<ISO11783_TaskData><XFR A=\"/etc/passwd\" B=\"1\"/></ISO11783_TaskData>",
-         {},
+         "<ISO11783_TaskData><XFR A='/etc/passwd' B='1'/></ISO11783_TaskData>",
          "invalid external file name"},
         {"external file with a wrong root",
          external,
-         {{"CTR00001.XML", "<ISO11783_TaskData/>"}},
-         "not an ISO 11783 XFC"},
+         "not an ISO 11783 XFC",
+         {{"CTR00001.XML", "<ISO11783_TaskData/>"}}},
         // Found by fuzzing: it was kept, and the saved set named a file that
         // the save had not written.
         {"external file naming another",
          external,
-         {{"CTR00001.XML", "<XFC><XFR A=\"CTR00001\" B=\"1\"/></XFC>"}},
-         "CTR00001.XML:1:30: an external file holds an XFR"},
+         "CTR00001.XML:1:30: an external file holds an XFR",
+         {{"CTR00001.XML", "<XFC><XFR A='CTR00001' B='1'/></XFC>"}}},
         {"deep nesting",
          "<ISO11783_TaskData>" + QByteArray("<X>").repeated(200) +
              QByteArray("</X>").repeated(200) + "</ISO11783_TaskData>",
-         {},
          "nested too deeply"},
         // The GUID list is kept as it is, so it must be well-formed to be kept.
         {"malformed GUID list",
          minimal_root + "/>",
-         {{"GUIDLIST.XML", "<GUIDLIST>\n<G a\x7f=\"1\"/>"}},
-         "GUIDLIST.XML:2:11: attribute name \"a\x7f\" of <G> is not an XML name"},
+         "GUIDLIST.XML:2:11: attribute name \"a\x7f\" of <G> is not an XML name",
+         {{"GUIDLIST.XML", "<GUIDLIST>\n<G a\x7f='1'/>"}}},
     };
     for (Case const& bad : cases) {
         SCOPED_TRACE(bad.what);
@@ -304,9 +315,9 @@ TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
 }
 
 TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
-    QString const hostile = QString("<Field & \"Co\"> '1'\t") + QChar(0x01) + QChar(0x1F) +
+    QString const hostile = QString("<Field & 'Co'> '1'\t") + QChar(0x01) + QChar(0x1F) +
                             QChar(0xD800) + "end" + QChar(0xFFFF);
-    QString const replaced = QString("<Field & \"Co\"> '1'\t") +
+    QString const replaced = QString("<Field & 'Co'> '1'\t") +
                              QString(3, QChar::ReplacementCharacter) + "end" +
                              QChar(QChar::ReplacementCharacter);
     Customer customer = root().create_customers(true);
@@ -365,4 +376,142 @@ TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
     XML_interface xml(output + "/TASKDATA.XML", true, false, false, false);
     EXPECT_FALSE(man.save_xml(xml));
     EXPECT_EQ(read_file(output), "now a file");
+}
+
+TEST_F(Elements, LoadedElementsAreListedAndNumberedAroundNewOnes) {
+    write_file(dir("in/TASKDATA.XML"),
+               "<ISO11783_TaskData VersionMajor='4'><CTR A='CTR1' B='a'/><CTR A='CTR-1' B='b'/>"
+               "<CTR A='CTR3' B='c'/><PGP A='PGP1' B='loaded'/><PFD A='PFD1' C='f' D='0'>"
+               "<PLN A='300' C='x'/></PFD></ISO11783_TaskData>");
+    ASSERT_TRUE(load(dir("in")));
+    for (int expected : {2, 4}) {
+        Customer customer = root().create_customers(true);
+        customer.id().set(man.get_free_uid("CTR", false), true);
+        int number = 0;
+        customer.id().get(number);
+        EXPECT_EQ(number, expected);
+    }
+    EXPECT_EQ(man.get_free_uid("FRM", false), 1); // other tags count on their own
+
+    // A list holds the loaded elements, then the created ones, also those
+    // created after the list was taken.
+    auto groups = root().product_groups();
+    EXPECT_EQ(groups.count(), 1);
+    Product_group made = root().create_product_groups(true);
+    made.id().set(2, true);
+    made.designator().set("made", true);
+    EXPECT_TRUE(groups[1] == made);
+    EXPECT_FALSE(groups[2].valid());
+    QStringList names;
+    for (Product_group group : groups) {
+        QString name;
+        group.designator().get(name);
+        names << name;
+    }
+    EXPECT_EQ(names, QStringList({"loaded", "made"}));
+    EXPECT_EQ(root().products().count(), 0);
+
+    // Text that is no number of the range is not read.
+    Polygon const polygon = root().partfields()[0].get_polygon(0);
+    unsigned char type = 0;
+    unsigned int area = 0;
+    EXPECT_FALSE(polygon.type().get(type));
+    EXPECT_FALSE(polygon.area().get(area));
+
+    QStringList ids;
+    for (XmlElement const& customer : saved().all("CTR"))
+        ids << customer.attribute("A");
+    EXPECT_EQ(ids, QStringList({"CTR1", "CTR-1", "CTR3", "CTR2", "CTR4"}));
+}
+
+TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
+    Partfield field = root().create_partfields(true);
+    field.id().set(1, true);
+    field.add("unset", "P231_");
+    // An excluded attribute, a set one, and one set and then excluded.
+    Point low = field.create_point(true);
+    low.icon_id().set_flag_included(false);
+    low.type().set(1, true);
+    field.create_point(true).icon_id().set(5, true);
+    Point hidden = field.create_point(true);
+    hidden.icon_id().set(4, true);
+    hidden.icon_id().set_flag_included(false);
+
+    Base_station station = root().create_base_stations(true);
+    station.id().set(1, true);
+    GuidanceGroup group = field.create_guidance_paths(true);
+    group.id().set(1, true);
+    Guidance_pattern linked = group.create_patterns(true);
+    linked.id().set(1, true);
+    linked.create_linestring(true).create_new_point();
+    linked.base_station().set(station);
+    set_proprietary(linked, "Spur_ä", QVariant(1));
+    set_proprietary(linked, "Spur_ä", QVariant(2)); // found again, not added twice
+    // A link to an invalid element drops the reference.
+    Guidance_pattern unlinked = group.create_patterns(true);
+    unlinked.base_station().set(station);
+    unlinked.base_station().set(Base_station());
+
+    field.create_polygon(true).create_linestring(true); // stands empty
+    Linestring line = field.create_polygon(true).create_linestring(true);
+    EXPECT_EQ(line.create_new_point(), 0u);
+    EXPECT_EQ(line.create_new_point(), 1u);
+    line.set_type(0, 6);
+    line.set_north(0, 52.1234567891234);
+    line.set_east(0, -7.5);
+    line.set_designator(0, "A");
+    line.set_type(1, 7);
+    line.set_north(1, -0.0000000001);
+    line.set_east(1, 179.999999999);
+    line.set_north(0, 52.5); // a second value replaces the first
+    line.set_east(5, 1.0);   // no such point: nothing happens
+    EXPECT_EQ(line.get_num_points(), 2u);
+
+    // A polyline becomes a closed ring of absolute points.
+    Polyline ring(QPointF(7.0, 52.0));
+    ring.append(QPointF(0, 0));
+    ring.append(QPointF(0.001, 0));
+    ring.append(QPointF(0.001, 0.002));
+    ring.close();
+    ring.close(); // closing twice adds nothing more
+    ASSERT_EQ(ring.size(), 4);
+    field.create_polygon(true).create_linestring(true).add_points(ring, false, false);
+
+    // Presets, increments, spacing and correction reach the set through the
+    // product and guidance imports, whose suites check them.
+    Product product = root().create_products(true);
+    product.id().set(1, true);
+    set_product_preset(product, 2, 5.0); // only presets 0 and 1 exist
+    set_product_rate_type(product, 3);
+    EXPECT_EQ(get_product_rate_type(product), 0);
+    set_product_rate_type(product, 1);
+    EXPECT_EQ(get_product_rate_type(product), 1);
+    EXPECT_EQ(get_product_profile(product), QString());
+    set_product_profile(product, "Spring <wheat>");
+    EXPECT_EQ(get_product_profile(product), "Spring <wheat>");
+
+    // Required attributes that nothing set get neutral values; excluded and
+    // unset ones are not written; the line string without points stands
+    // empty; a polyline becomes a closed ring of absolute points.
+    XmlElement const written = saved();
+    EXPECT_EQ(written.attribute("VersionMajor"), "4");
+    EXPECT_EQ(written.attribute("VersionMinor"), "3");
+    EXPECT_TRUE(written.has_attribute("ManagementSoftwareManufacturer"));
+    EXPECT_EQ(written.attribute("DataTransferOrigin"), "1");
+    EXPECT_EQ(differs("<PFD A='PFD1' C='' D='0'><PNT A='1' C='0' D='0'/>"
+                      "<PNT A='2' C='0' D='0' P231_iconId='5'/><PNT A='2' C='0' D='0'/>"
+                      "<GGP A='GGP1'><GPN A='GPN1' C='1' L='BSN1' P231_Spur_ä='2'><LSG A='5'>"
+                      "<PNT A='2' C='0' D='0'/></LSG></GPN><GPN C='1'/></GGP>"
+                      "<PLN A='8'><LSG A='1'/></PLN><PLN A='8'><LSG A='1'>"
+                      "<PNT A='6' B='A' C='52.5' D='-7.5'/><PNT A='7' C='0' D='179.999999999'/>"
+                      "</LSG></PLN><PLN A='8'><LSG A='1'><PNT A='2' C='52' D='7'/>"
+                      "<PNT A='2' C='52' D='7.001'/><PNT A='2' C='52.002' D='7.001'/>"
+                      "<PNT A='2' C='52' D='7'/></LSG></PLN></PFD>",
+                      written.all("PFD").value(0)),
+              QString());
+    EXPECT_EQ(differs("<BSN A='BSN1' B='' C='0' D='0' E='0'/>", written.all("BSN").value(0)),
+              QString());
+    EXPECT_EQ(differs("<PDT A='PDT1' B='' P231_rateType='1' P231_profile='Spring &lt;wheat>'/>",
+                      written.all("PDT").value(0)),
+              QString());
 }
