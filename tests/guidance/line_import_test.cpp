@@ -6,6 +6,7 @@
 
 #include <QMap>
 
+#include <cmath>
 #include <limits>
 
 using namespace test_support;
@@ -131,6 +132,12 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     curve("Empty", QByteArray());
     curve("Short", crv_file({}).left(20));
     curve("Separators", crv_file({separator, separator}));
+    // Coordinates beyond 9999998 m and NaN break a curve as separators do.
+    float const nan = std::nanf("");
+    curve("Bound", crv_file({{-9999999.0f, 0}, {-9999998.0f, 0}, {1, 1}, {0, nan}, {7, 8}}));
+    curve("NaN", crv_file({{nan, 0}, {nan, nan}, {5, -9999999.0f}}));
+    make_dirs(field("Curves/Dir/Dir.crv", "Curves")); // a directory, not a file
+    put("Curves", "Curves/Dir/Dir.ini", "");
     put("Curves", "Curves/NoIni/NoIni.crv", crv_file({{0, 0}}));
     put("Curves", "Curves/NoCrv/NoCrv.ini", "");
     put("Curves", "ABLines/L/L.ini", ab_line(""));
@@ -180,8 +187,8 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
         EXPECT_EQ(group.attribute("B"), group.children.value(0).attribute("B"));
     }
 
-    QMap<QString, int> const curves = {
-        {"Start", 2}, {"Middle", 2}, {"End", 3}, {"Cut", 1}, {"L", 2}};
+    QMap<QString, int> const curves = {{"Start", 2}, {"Middle", 2}, {"End", 3},
+                                       {"Cut", 1},   {"Bound", 2},  {"L", 2}};
     EXPECT_EQ(point_counts(saved_field("Curves")), curves);
 
     // By name ignoring case; "Case" and "case" come in the order the file

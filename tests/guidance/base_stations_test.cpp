@@ -1,32 +1,17 @@
-// The display's guidance files read directly: position texts of base
-// stations, the run's table of stations, and .crv files written byte by byte.
+// Position texts of base stations and the run's table of stations.
 #include "guidance/base_stations.h"
-#include "guidance/crv_file.h"
 
 #include "taskdata/element_man.h"
-#include "test_support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
-#include <limits>
 
 using namespace TC::Task_data::Elements::Client;
-using Record = std::pair<float, float>;
-using Segments = std::vector<std::vector<Record>>;
-
 namespace {
 
 double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
 double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
-float const not_a_number = std::nanf("");
-// The record that the display writes for a break in a curve.
-Record const separator{std::numeric_limits<float>::lowest(), std::numeric_limits<float>::lowest()};
-
-QByteArray crv_file(std::vector<Record> const& records) {
-    return test_support::point_file(52.5, 13.25, 41.0, records);
-}
 
 } // namespace
 
@@ -99,69 +84,4 @@ TEST(StationTable, StationsInRangeWithUpInMillimetresTruncatedTowardZero) {
     EXPECT_EQ(up("-1.2345"), -1234);
     EXPECT_EQ(up("1e12"), INT_MAX);
     EXPECT_EQ(up("-1e12"), INT_MIN);
-}
-
-TEST(CrvFile, SegmentsOfEveryShapeOfFile) {
-    test_support::ScratchDir scratch;
-    QString const path = scratch.file("curve.crv");
-    QByteArray const head = crv_file({});
-    QByteArray const two = crv_file({{1, 2}, {3, 4}});
-    std::vector<Record> many;
-    for (int i = 0; i < 100000; ++i)
-        many.emplace_back(static_cast<float>(i), -static_cast<float>(i));
-    std::vector<Record> many_then_one = many;
-    many_then_one.push_back(separator);
-    many_then_one.emplace_back(1.5f, 2.5f);
-    struct Case {
-        char const* what;
-        QByteArray content;
-        Segments expected;
-    };
-    Case const cases[] = {
-        {"separators split and make no empty segments",
-         crv_file({separator, {1, 2}, {3, 4}, separator, {not_a_number, 0}, separator, {5, 6}}),
-         {{{1, 2}, {3, 4}}, {{5, 6}}}},
-        {"the bound is exclusive in both coordinates",
-         crv_file({{-9999998.0f, 0},
-                   {5, -9999999.0f},
-                   {0, -9999998.0f},
-                   {-9999999.0f, 0},
-                   {0, not_a_number},
-                   {7, 8}}),
-         {{{-9999998.0f, 0}}, {{0, -9999998.0f}}, {{7, 8}}}},
-        {"many points come through whole", crv_file(many_then_one), {many, {{1.5f, 2.5f}}}},
-        {"a part record at the end is dropped", two.left(two.size() - 1), {{{1, 2}}}},
-        {"half a record at the end is dropped", two.left(two.size() - 4), {{{1, 2}}}},
-        {"empty", QByteArray(), {}},
-        {"part of the head", head.left(30), {}},
-        {"the head alone", head, {}},
-        {"less than a record", head + QByteArray(7, '\1'), {}},
-        {"no point", crv_file({separator, separator, {not_a_number, not_a_number}}), {}},
-    };
-    for (Case const& c : cases) {
-        test_support::write_file(path, c.content);
-        Segments found;
-        for (CrvSegment const& segment : read_crv_segments(path)) {
-            found.emplace_back();
-            for (LocalPoint const& point : segment)
-                found.back().emplace_back(point.x, point.y);
-        }
-        EXPECT_TRUE(found == c.expected) << c.what;
-    }
-    EXPECT_TRUE(read_crv_segments(scratch.file("missing.crv")).empty());
-    EXPECT_TRUE(read_crv_segments(scratch.path()).empty()); // a directory
-
-    // The reference needs its 24 bytes.
-    double latitude = -1.0, longitude = -1.0, height = -1.0;
-    test_support::write_file(path, head.left(23));
-    EXPECT_FALSE(read_crv_reference(path, latitude, longitude, height));
-    EXPECT_FALSE(read_crv_reference(scratch.file("missing.crv"), latitude, longitude, height));
-    EXPECT_EQ(latitude, -1.0);
-    EXPECT_EQ(longitude, -1.0);
-    EXPECT_EQ(height, -1.0);
-    test_support::write_file(path, head.left(24));
-    ASSERT_TRUE(read_crv_reference(path, latitude, longitude, height));
-    EXPECT_EQ(latitude, 52.5);
-    EXPECT_EQ(longitude, 13.25);
-    EXPECT_EQ(height, 41.0);
 }
