@@ -265,7 +265,7 @@ TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
 
 TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
     QUuid const group_uuid("{50b3c385-bee4-4042-9206-330b02040194}");
-    QUuid const line_uuid = QUuid::createUuid();
+    QUuid const line_uuid("{6a1e07e2-51c1-4b65-9d2f-0f8b3c7d4e21}");
     Product_group group = root().create_product_groups(true);
     group.id().set(man.get_free_uid("PGP", false), true);
     group.designator().set("Liquid Chemicals", true);
@@ -279,18 +279,19 @@ TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
     line.set_uuid(line_uuid);
     line.create_new_point();
     field.create_polygon(true).create_linestring(true);
+    // "ID identity; ..." of the saved LINKLIST.XML, in one group.
+    auto links = [this] {
+        XmlElement const list = read_xml(dir("saved/LINKLIST.XML"));
+        EXPECT_EQ(list.all("LGP").size(), 1);
+        EXPECT_EQ(list.all("LGP").value(0).attribute("B"), "1");
+        QStringList found;
+        for (XmlElement const& link : list.all("LNK"))
+            found << link.attribute("A") + ' ' + QUuid(link.attribute("B")).toString();
+        return found.join("; ");
+    };
 
-    QString const first = dir("first");
-    save(first);
-    XmlElement const links = read_xml(first + "/LINKLIST.XML");
-    ASSERT_EQ(links.all("LGP").size(), 1);
-    EXPECT_EQ(links.all("LGP")[0].attribute("B"), "1");
-    QList<XmlElement> const written_links = links.all("LNK");
-    ASSERT_EQ(written_links.size(), 2);
-    EXPECT_EQ(written_links[0].attribute("A"), "PGP1");
-    EXPECT_EQ(QUuid(written_links[0].attribute("B")), group_uuid);
-    EXPECT_EQ(written_links[1].attribute("A"), "LSG1");
-    XmlElement const taskdata = read_xml(first + "/TASKDATA.XML");
+    XmlElement const taskdata = saved();
+    EXPECT_EQ(links(), "PGP1 " + group_uuid.toString() + "; LSG1 " + line_uuid.toString());
     EXPECT_EQ(taskdata.all("LSG")[0].attribute("F"), "LSG1");
     EXPECT_FALSE(taskdata.all("LSG")[1].has_attribute("F"));
     ASSERT_EQ(taskdata.all("AFE").size(), 1);
@@ -298,55 +299,17 @@ TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
     EXPECT_EQ(taskdata.all("AFE")[0].attribute("D"), "1");
 
     // Loaded again, the identities are back; a changed or removed one shows.
-    ASSERT_TRUE(load(first));
+    ASSERT_TRUE(load(dir("saved")));
     EXPECT_EQ(root().product_groups()[0].get_guid(), group_uuid);
     Partfield const loaded_field = root().partfields()[0];
     EXPECT_EQ(loaded_field.get_polygon(0).get_linestring(0).get_uuid(), line_uuid);
     EXPECT_TRUE(loaded_field.get_polygon(1).get_linestring(0).get_uuid().isNull());
-    QUuid const replacement = QUuid::createUuid();
+    QUuid const replacement("{0d9f4b8e-7c3a-4e2b-a1f0-5b6c7d8e9f00}");
     root().product_groups()[0].set_guid(replacement);
     Polygon first_polygon = loaded_field.get_polygon(0);
     first_polygon.remove_linestring(first_polygon.get_linestring(0));
-    save(first);
-    QList<XmlElement> const relinked = read_xml(first + "/LINKLIST.XML").all("LNK");
-    ASSERT_EQ(relinked.size(), 1);
-    EXPECT_EQ(QUuid(relinked[0].attribute("B")), replacement);
-    EXPECT_EQ(read_xml(first + "/TASKDATA.XML").all("AFE").size(), 1);
-}
-
-TEST_F(SetFiles, TextThatXmlCannotHoldIsReplacedAndMarkupEscaped) {
-    QString const hostile = QString("<Field & 'Co'> '1'\t") + QChar(0x01) + QChar(0x1F) +
-                            QChar(0xD800) + "end" + QChar(0xFFFF);
-    QString const replaced = QString("<Field & 'Co'> '1'\t") +
-                             QString(3, QChar::ReplacementCharacter) + "end" +
-                             QChar(QChar::ReplacementCharacter);
-    Customer customer = root().create_customers(true);
-    customer.id().set(1, true);
-    customer.designator().set(hostile, true);
-    Partfield field = root().create_partfields(true);
-    field.id().set(1, true);
-    // Plain points around ones whose text needs escaping or is not ASCII.
-    Linestring line = field.create_polygon(true).create_linestring(true);
-    for (QString const& designator : {QString("A"), hostile, QString("Süd"), QString("B")}) {
-        unsigned int const index = line.create_new_point();
-        line.set_designator(index, designator);
-        line.set_north(index, 52.5 + index);
-    }
-    save(dir("out"));
-
-    XmlElement const written = read_xml(dir("out/TASKDATA.XML"));
-    EXPECT_EQ(written.all("CTR")[0].attribute("B"), replaced);
-    QStringList points;
-    for (XmlElement const& point : written.all("PNT"))
-        points << point.attribute("A") + ' ' + point.attribute("B") + ' ' + point.attribute("C");
-    EXPECT_EQ(points,
-              QStringList({"2 A 52.5", "2 " + replaced + " 53.5", "2 Süd 54.5", "2 B 55.5"}));
-    // Every point on a line of its own, indented alike.
-    QStringList indents;
-    for (QString const& text : QString::fromUtf8(read_file(dir("out/TASKDATA.XML"))).split('\n'))
-        if (text.contains("<PNT"))
-            indents << text.left(text.indexOf("<PNT"));
-    EXPECT_EQ(indents, QVector<QString>(4, QString(4, '\t')).toList());
+    EXPECT_EQ(saved().all("AFE").size(), 1);
+    EXPECT_EQ(links(), "PGP1 " + replacement.toString());
 }
 
 TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
@@ -466,6 +429,15 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
     line.set_north(0, 52.5); // a second value replaces the first
     line.set_east(5, 1.0);   // no such point: nothing happens
     EXPECT_EQ(line.get_num_points(), 2u);
+    // Text that XML cannot hold is replaced, markup escaped, also among
+    // plain points.
+    QString const hostile = QString("<Field & \"Co\"> '1'\t") + QChar(0x01) + QChar(0x1F) +
+                            QChar(0xD800) + "end" + QChar(0xFFFF);
+    for (QString const& designator : {hostile, QString("Süd"), QString("B")})
+        line.set_designator(line.create_new_point(), designator);
+    Customer customer = root().create_customers(true);
+    customer.id().set(1, true);
+    customer.designator().set(hostile, true);
 
     // A polyline becomes a closed ring of absolute points.
     Polyline ring(QPointF(7.0, 52.0));
@@ -494,6 +466,8 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
     // unset ones are not written; the line string without points stands
     // empty; a polyline becomes a closed ring of absolute points.
     XmlElement const written = saved();
+    QByteArray const escaped =
+        "&lt;Field &amp; \"Co\"> &apos;1&apos;&#9;\uFFFD\uFFFD\uFFFDend\uFFFD";
     EXPECT_EQ(written.attribute("VersionMajor"), "4");
     EXPECT_EQ(written.attribute("VersionMinor"), "3");
     EXPECT_TRUE(written.has_attribute("ManagementSoftwareManufacturer"));
@@ -504,14 +478,26 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
                       "<PNT A='2' C='0' D='0'/></LSG></GPN><GPN C='1'/></GGP>"
                       "<PLN A='8'><LSG A='1'/></PLN><PLN A='8'><LSG A='1'>"
                       "<PNT A='6' B='A' C='52.5' D='-7.5'/><PNT A='7' C='0' D='179.999999999'/>"
-                      "</LSG></PLN><PLN A='8'><LSG A='1'><PNT A='2' C='52' D='7'/>"
-                      "<PNT A='2' C='52' D='7.001'/><PNT A='2' C='52.002' D='7.001'/>"
-                      "<PNT A='2' C='52' D='7'/></LSG></PLN></PFD>",
+                      "<PNT A='2' B='" +
+                          escaped +
+                          "' C='0' D='0'/><PNT A='2' B='Süd' C='0' D='0'/>"
+                          "<PNT A='2' B='B' C='0' D='0'/>"
+                          "</LSG></PLN><PLN A='8'><LSG A='1'><PNT A='2' C='52' D='7'/>"
+                          "<PNT A='2' C='52' D='7.001'/><PNT A='2' C='52.002' D='7.001'/>"
+                          "<PNT A='2' C='52' D='7'/></LSG></PLN></PFD>",
                       written.all("PFD").value(0)),
+              QString());
+    EXPECT_EQ(differs("<CTR A='CTR1' B='" + escaped + "'/>", written.all("CTR").value(0)),
               QString());
     EXPECT_EQ(differs("<BSN A='BSN1' B='' C='0' D='0' E='0'/>", written.all("BSN").value(0)),
               QString());
     EXPECT_EQ(differs("<PDT A='PDT1' B='' P231_rateType='1' P231_profile='Spring &lt;wheat>'/>",
                       written.all("PDT").value(0)),
               QString());
+    // Every point on a line of its own, indented by its depth in tabs.
+    QString indents;
+    for (QString const& text : QString::fromUtf8(read_file(dir("saved/TASKDATA.XML"))).split('\n'))
+        if (text.contains("<PNT"))
+            indents += QString::number(text.indexOf("<PNT"));
+    EXPECT_EQ(indents, "2225444444444");
 }
