@@ -126,13 +126,14 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     write_named_rings(in_rows("Zones/skip.v2"), {"skipped"}, 9.8);
     // Columns of other kinds keep the defaults: Type as a number gives no
     // category; Treatment with decimals goes toward zero, so 2.9 is 2
-    // (disabled) and -2.9 is -2 (exterior).
-    write_shapes(field("Boundaries/k", "Kinds"), SHPT_POLYGON,
-                 {{rectangle(9.0, 52.0, 0.001, 0.001)}, {rectangle(9.1, 52.0, 0.001, 0.001)}});
+    // (disabled) and -2.9 is -2 (exterior). Rings with heights are rings,
+    // and a null shape takes its row along.
+    write_shapes(field("Boundaries/k", "Kinds"), SHPT_POLYGONZ,
+                 {{}, {rectangle(9.0, 52.0, 0.001, 0.001)}, {rectangle(9.1, 52.0, 0.001, 0.001)}});
     write_table(
         field("Boundaries/k.dbf", "Kinds"),
         {{"Type", FTInteger, 4, 0}, {"Name", FTString, 10, 0}, {"Treatment", FTDouble, 8, 1}},
-        {{5, "a", 2.9}, {5, "b", -2.9}});
+        {{5, "null", 0}, {5, "a", 2.9}, {5, "b", -2.9}});
 
     // Area: 100 m by 200 m in the local plane of a .bdy and 0.002 by 0.001
     // degrees at 52 degrees north, both ways round; on one line; two points.
@@ -159,6 +160,7 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     write_shapes(in_lines("OptimalLines/Polygons/Polygons"), SHPT_POLYGON,
                  {{rectangle(9.0, 52.0, 0.001, 0.001)}});
     write_shapes(in_lines("OptimalLines/z/z"), SHPT_ARCZ, three_lines);
+    write_shapes(in_lines("OptimalLines/m/m"), SHPT_ARCM, three_lines);
     write_shapes(in_lines("OptimalLines/broken/broken"), SHPT_ARC, three_lines);
     write_file(in_lines("OptimalLines/broken/broken.shp"), QByteArray(300, '\x01'));
     ToolRun const result = run();
@@ -209,10 +211,10 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     QList<XmlElement> const saved_groups = saved("GGP", "Lines");
     EXPECT_EQ(groups(saved_groups),
               Lines({"GGP Empty", "GGP named", "GGP Points", "   3 4 4", "GGP Set",
-                     "   3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP broken", "GGP Points",
+                     "   3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP broken", "GGP m", "GGP Points",
                      "GGP Polygons", "GGP Set", "   3 1 1 | 5: 6 9 7", "   3 1 1 | 5: 6 7 6",
                      "   3 1 1 | 5: 6 9 9 7", "GGP z"}));
-    XmlElement const second = saved_groups.value(7).all("PNT").value(1);
+    XmlElement const second = saved_groups.value(8).all("PNT").value(1);
     EXPECT_EQ(second.attribute("C"), "52.001");
     EXPECT_EQ(second.attribute("D"), "9.001");
     // Every group and pattern has an ID of its own.

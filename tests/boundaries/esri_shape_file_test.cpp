@@ -97,29 +97,6 @@ TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
     }
 }
 
-TEST_F(EsriFiles, VariantsKeepTheirCodeNullShapesTheirRecord) {
-    write_shapes(base("z"), SHPT_POLYGONZ, {{}, {rectangle(1, 2, 3, 4), rectangle(5, 5, 1, 1)}});
-    write_shapes(base("m"), SHPT_ARCM, {{{{1, 2}, {3, 4}}, {{5, 6}}}});
-    EsriShapeFile file;
-    ASSERT_TRUE(file.Open(base("z.shp"), true));
-    EXPECT_EQ(file.GetRecord(0)->GetShape(0), nullptr);
-    EXPECT_EQ(file.GetRecord(1)->GetShape(0)->shapeType(), SHPT_POLYGONZ);
-    ASSERT_EQ(file.GetPolygons().size(), 2u);
-    EXPECT_EQ(file.GetPolygonRecord(0), 1u);
-    EXPECT_EQ(file.GetPolygonRecord(1), 1u);
-    EXPECT_GE(file.GetPolygonRecord(2), 2u); // beyond the rings: no row
-    EXPECT_EQ(file.GetPolygons()[0].GetPoints()[2].x, 4.0);
-    EXPECT_EQ(file.GetPolygons()[0].GetPoints()[2].y, 6.0);
-
-    ASSERT_TRUE(file.Open(base("m.shp"), true));
-    EXPECT_EQ(file.GetRecord(0)->GetShape(0)->shapeType(), SHPT_ARCM);
-    EXPECT_EQ(parts_of(file.GetRecord(0)->GetShape(0)),
-              (std::vector<Part>{{{1, 2}, {3, 4}}, {{5, 6}}}));
-    EXPECT_TRUE(file.GetPolygons().empty()); // lines are no rings
-    EXPECT_FALSE(file.Open(base("none.shp"), true));
-    EXPECT_EQ(file.GetNumberOfRecords(), 0u); // a failed Open holds nothing
-}
-
 TEST_F(EsriFiles, ColumnKindsAreTheFieldClasses) {
     write_table(base("t.dbf"),
                 {{"Text", FTString, 10, 0},
