@@ -1,7 +1,6 @@
 // AB lines, curves and pivots of a field as the tool writes them: one
 // guidance group and pattern per line, found again by type and designator on
 // a loaded set, with the base stations of the run and the tramline values.
-#include "coordinates/points.h"
 #include "test_support/test_support.h"
 
 #include <QMap>
@@ -77,12 +76,9 @@ protected:
 
     XmlElement saved_field(QString const& name) const { return saved("PFD", "C", name).value(0); }
 
-    // The first point of the one pattern of that designator in that field.
-    XmlElement first_point(QString const& field_name, QString const& name) const {
-        QList<XmlElement> found;
-        for (XmlElement const& pattern : saved_field(field_name).all("GPN"))
-            if (pattern.attribute("B") == name)
-                found << pattern;
+    // The first point of the one saved pattern of that designator.
+    XmlElement first_point(QString const& name) const {
+        QList<XmlElement> const found = saved("GPN", "B", name);
         EXPECT_EQ(found.size(), 1) << "patterns named " << name.toStdString();
         return found.value(0).all("PNT").value(0);
     }
@@ -206,17 +202,15 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     QMap<QString, int> const pivots = {{"Both", 1},  {"Grid", 1},  {"LatOnly", 1},
                                        {"South", 1}, {"Wide1", 1}, {"Wide2", 1}};
     EXPECT_EQ(point_counts(saved_field("Pivots")), pivots);
-    EXPECT_EQ(first_point("Pivots", "Both").attribute("C"), "52");
-    EXPECT_EQ(first_point("Pivots", "Both").attribute("D"), "13");
-    EXPECT_NEAR(first_point("Pivots", "Grid").attribute("C").toDouble(), 52.9702, 1e-6);
-    EXPECT_NEAR(first_point("Pivots", "Grid").attribute("D").toDouble(), -0.431, 1e-6);
+    EXPECT_EQ(first_point("Both").attribute("C"), "52");
+    EXPECT_EQ(first_point("Both").attribute("D"), "13");
+    EXPECT_NEAR(first_point("Grid").attribute("C").toDouble(), 52.9702, 1e-6);
+    EXPECT_NEAR(first_point("Grid").attribute("D").toDouble(), -0.431, 1e-6);
     EXPECT_EQ(saved("GPN", "B", "Grid").value(0).attribute("H"), "250500");
-    EXPECT_EQ(first_point("Pivots", "LatOnly").attribute("D"), "0");
-    EXPECT_NEAR(first_point("Pivots", "South").attribute("C").toDouble(), 52.0 - 100.0 / 111250.0,
-                1e-5);
-    EXPECT_EQ(first_point("Pivots", "South").attribute("D"), "13");
-    EXPECT_EQ(first_point("Pivots", "Wide1").attribute("D"),
-              first_point("Pivots", "Wide2").attribute("D"));
+    EXPECT_EQ(first_point("LatOnly").attribute("D"), "0");
+    EXPECT_NEAR(first_point("South").attribute("C").toDouble(), 52.0 - 100.0 / 111250.0, 1e-5);
+    EXPECT_EQ(first_point("South").attribute("D"), "13");
+    EXPECT_EQ(first_point("Wide1").attribute("D"), first_point("Wide2").attribute("D"));
 }
 
 TEST_F(GuidanceTree, ASecondRunRebuildsTheSamePatternsAndLinksTheNewStations) {
