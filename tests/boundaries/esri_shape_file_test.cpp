@@ -94,6 +94,8 @@ TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
         ASSERT_EQ(file.GetPolygons().size(), ring_records.size());
         for (size_t ring = 0; ring < ring_records.size(); ++ring)
             EXPECT_EQ(file.GetPolygonRecord(static_cast<int>(ring)), ring_records[ring]);
+        EXPECT_GE(file.GetPolygonRecord(static_cast<int>(ring_records.size())),
+                  file.GetNumberOfRecords()); // beyond the rings: no row
     }
 }
 

@@ -463,8 +463,7 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
     EXPECT_EQ(get_product_profile(product), "Spring <wheat>");
 
     // Required attributes that nothing set get neutral values; excluded and
-    // unset ones are not written; the line string without points stands
-    // empty; a polyline becomes a closed ring of absolute points.
+    // unset ones are not written.
     XmlElement const written = saved();
     QByteArray const escaped =
         "&lt;Field &amp; \"Co\"> &apos;1&apos;&#9;\uFFFD\uFFFD\uFFFDend\uFFFD";
