@@ -133,7 +133,19 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
     write("Products/Seed/Other.ini", "[Default]\nType=1\n");
     write("Products/not a directory.ini", "[Default]\nType=1\n");
     make_dirs(data("ProductMixtures/Forgotten"));
-    ToolRun const result = run({"-p"});
+    // A loaded group of the liquid identity under another name, a namesake of
+    // the granular group with another identity, and a product that -m does
+    // not reach: products are always new.
+    load("<PGP A='PGP1' B='Sprays'/><PGP A='PGP2' B='Granular Chemicals'/>"
+         "<PDT A='PDT1' B='Herbicide' C='PGP1'/>");
+    QString const other = "{11111111-2222-3333-4444-555555555555}";
+    write("taskdata/LINKLIST.XML", "<ISO11783LinkList VersionMajor='4' VersionMinor='3'>"
+                                   "<LGP A='LGP1' B='1'><LNK A='PGP1' B='" +
+                                       liquid.toString().toUtf8() + "'/><LNK A='PGP2' B='" +
+                                       other.toUtf8() + "'/><LNK A='PDT1' B='" + uid(1).toUtf8() +
+                                       "'/></LGP></ISO11783LinkList>");
+    add("Products", "Herbicide", typed(4, 1));
+    ToolRun const result = run({"-m", "-p"});
 
     QString const path = "\"data/ProductMixtures/Tank Mix/Tank Mix.ini\"\n";
     auto missing = [](QString const& uuid, QString const& mixture) {
@@ -146,7 +158,7 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
                   missing(late, "Late") + "W: bad product/rate pair in " + path +
                   "W: bad product/rate pair in " + path + "W: bad product uuid in " + path +
                   "W: bad product uuid in " + path + missing(unknown, "Tank Mix"));
-    // 30 products and mixtures counted, two never done.
+    // 31 products and mixtures counted, two never done.
     EXPECT_TRUE(result.out.endsWith("P: 93%\n\n")) << result.out.constData();
 
     QHash<QString, QUuid> const ids = identities();
@@ -158,47 +170,30 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
         EXPECT_EQ(ids.value(found[0].attribute("A")), row.identity);
         EXPECT_EQ(ingredients(found[0]), row.ingredients);
     }
-    EXPECT_EQ(saved().all("PDT").size(), products.size() + mixtures.size());
-    // One group per chemical type, with its fixed identity.
-    QList<XmlElement> const groups = saved().all("PGP");
-    ASSERT_EQ(groups.size(), 2);
-    EXPECT_EQ(ids.value(saved("PGP", "B", "Granular Chemicals").value(0).attribute("A")), granular);
-    EXPECT_EQ(ids.value(saved("PGP", "B", "Liquid Chemicals").value(0).attribute("A")), liquid);
-}
-
-TEST_F(ProductImport, ProductsAreAlwaysNewButGroupsAreFoundAgainByIdentity) {
-    // A loaded group of the liquid identity under another name, and a namesake
-    // of the granular group with another identity.
-    load("<PGP A=\"PGP1\" B=\"Sprays\"/><PGP A=\"PGP2\" B=\"Granular Chemicals\"/>");
-    write("taskdata/LINKLIST.XML",
-          "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\"><LGP A=\"LGP1\" B=\"1\">"
-          "<LNK A=\"PGP1\" B=\"50b3c385-bee4-4042-9206-330b02040194\"/>"
-          "<LNK A=\"PGP2\" B=\"11111111-2222-3333-4444-555555555555\"/>"
-          "</LGP></ISO11783LinkList>");
-    add("Products", "Herbicide", typed(4, 1));
-    add("Products", "Pellets", typed(3, 2));
-
-    // The first run writes over the loaded set, the second reads it back.
-    ASSERT_EQ(run_tool({"-O", "data/taskdata", "data"}, scratch.path()).exit_code, 0);
-    run({"-m"});
-
-    QList<XmlElement> const groups = saved().all("PGP");
-    QStringList names;
-    for (XmlElement const& group : groups)
-        names << group.attribute("B");
-    ASSERT_EQ(names, QStringList({"Liquid Chemicals", "Granular Chemicals", "Granular Chemicals"}));
-    QHash<QString, QUuid> const ids = identities();
-    EXPECT_EQ(ids.value("PGP1"), liquid);
-    EXPECT_EQ(ids.value(groups[2].attribute("A")), granular);
-
-    // -m does not reach the products: each run added its own.
+    EXPECT_EQ(saved().all("PDT").size(), products.size() + mixtures.size() + 2);
     QList<XmlElement> const herbicides = saved("PDT", "B", "Herbicide");
-    QList<XmlElement> const pellets = saved("PDT", "B", "Pellets");
     ASSERT_EQ(herbicides.size(), 2);
-    ASSERT_EQ(pellets.size(), 2);
-    for (int run = 0; run < 2; ++run) {
-        EXPECT_EQ(herbicides[run].attribute("C"), "PGP1");
-        EXPECT_EQ(ids.value(herbicides[run].attribute("A")), QUuid(uid(1)));
-        EXPECT_EQ(pellets[run].attribute("C"), groups[2].attribute("A"));
+    for (XmlElement const& herbicide : herbicides) {
+        EXPECT_EQ(herbicide.attribute("C"), "PGP1");
+        EXPECT_EQ(ids.value(herbicide.attribute("A")), QUuid(uid(1)));
     }
+
+    // Groups are found again by identity, one per chemical type, and only
+    // those are linked.
+    QStringList groups;
+    for (XmlElement const& group : saved().all("PGP"))
+        groups << group.attribute("B") + " " + ids.value(group.attribute("A")).toString();
+    EXPECT_EQ(groups,
+              QStringList({"Liquid Chemicals " + liquid.toString(), "Granular Chemicals " + other,
+                           "Granular Chemicals " + granular.toString()}));
+    for (XmlElement const& product : saved().all("PDT"))
+        EXPECT_NE(product.attribute("C"), "PGP2") << product.attribute("B").toStdString();
+    // All identities in one link group, named by the set; no null one.
+    EXPECT_FALSE(ids.values().contains(QUuid()));
+    QList<XmlElement> const link_groups = read_xml(scratch.file("out/LINKLIST.XML")).all("LGP");
+    ASSERT_EQ(link_groups.size(), 1);
+    EXPECT_EQ(link_groups[0].attribute("B"), "1");
+    ASSERT_EQ(saved().all("AFE").size(), 1);
+    EXPECT_EQ(saved().all("AFE")[0].attribute("A"), "LINKLIST.XML");
+    EXPECT_EQ(saved().all("AFE")[0].attribute("D"), "1");
 }

@@ -263,55 +263,6 @@ TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
     }
 }
 
-TEST_F(SetFiles, IdentitiesTravelThroughTheLinkList) {
-    QUuid const group_uuid("{50b3c385-bee4-4042-9206-330b02040194}");
-    QUuid const line_uuid("{6a1e07e2-51c1-4b65-9d2f-0f8b3c7d4e21}");
-    Product_group group = root().create_product_groups(true);
-    group.id().set(man.get_free_uid("PGP", false), true);
-    group.designator().set("Liquid Chemicals", true);
-    group.set_guid(group_uuid);
-    Product nameless = root().create_products(true);
-    nameless.id().set(man.get_free_uid("PDT", false), true);
-    nameless.set_guid(QUuid()); // a null identity is no identity
-    Partfield field = root().create_partfields(true);
-    field.id().set(1, true);
-    Linestring line = field.create_polygon(true).create_linestring(true);
-    line.set_uuid(line_uuid);
-    line.create_new_point();
-    field.create_polygon(true).create_linestring(true);
-    // "ID identity; ..." of the saved LINKLIST.XML, in one group.
-    auto links = [this] {
-        XmlElement const list = read_xml(dir("saved/LINKLIST.XML"));
-        EXPECT_EQ(list.all("LGP").size(), 1);
-        EXPECT_EQ(list.all("LGP").value(0).attribute("B"), "1");
-        QStringList found;
-        for (XmlElement const& link : list.all("LNK"))
-            found << link.attribute("A") + ' ' + QUuid(link.attribute("B")).toString();
-        return found.join("; ");
-    };
-
-    XmlElement const taskdata = saved();
-    EXPECT_EQ(links(), "PGP1 " + group_uuid.toString() + "; LSG1 " + line_uuid.toString());
-    EXPECT_EQ(taskdata.all("LSG")[0].attribute("F"), "LSG1");
-    EXPECT_FALSE(taskdata.all("LSG")[1].has_attribute("F"));
-    ASSERT_EQ(taskdata.all("AFE").size(), 1);
-    EXPECT_EQ(taskdata.all("AFE")[0].attribute("A"), "LINKLIST.XML");
-    EXPECT_EQ(taskdata.all("AFE")[0].attribute("D"), "1");
-
-    // Loaded again, the identities are back; a changed or removed one shows.
-    ASSERT_TRUE(load(dir("saved")));
-    EXPECT_EQ(root().product_groups()[0].get_guid(), group_uuid);
-    Partfield const loaded_field = root().partfields()[0];
-    EXPECT_EQ(loaded_field.get_polygon(0).get_linestring(0).get_uuid(), line_uuid);
-    EXPECT_TRUE(loaded_field.get_polygon(1).get_linestring(0).get_uuid().isNull());
-    QUuid const replacement("{0d9f4b8e-7c3a-4e2b-a1f0-5b6c7d8e9f00}");
-    root().product_groups()[0].set_guid(replacement);
-    Polygon first_polygon = loaded_field.get_polygon(0);
-    first_polygon.remove_linestring(first_polygon.get_linestring(0));
-    EXPECT_EQ(saved().all("AFE").size(), 1);
-    EXPECT_EQ(links(), "PGP1 " + replacement.toString());
-}
-
 TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
     Customer customer = root().create_customers(true);
     customer.id().set(1, true);
