@@ -25,30 +25,20 @@ class SetFiles : public ::testing::Test {
 protected:
     SetFiles() { man.create(); }
 
-    bool load(QString const& dir, QString* error = nullptr) {
-        XML_interface xml(dir + "/TASKDATA.XML", true, false, false, false);
-        bool const ok = man.load_xml(xml);
-        if (error)
-            *error = xml.error();
-        return ok;
-    }
-
-    // Saves into `dir`, created if need be; without `error`, a failed save
-    // fails the test.
-    bool save(QString const& dir, QString* error = nullptr) {
+    // Loads or saves (into a directory made if need be) the set in `dir`:
+    // empty when that went well, else the reason.
+    QString load(QString const& dir) { return xml_io(dir, false); }
+    QString save(QString const& dir) { return xml_io(dir, true); }
+    QString xml_io(QString const& dir, bool saving) {
         make_dirs(dir);
         XML_interface xml(dir + "/TASKDATA.XML", true, false, false, false);
-        bool const ok = man.save_xml(xml);
-        if (error)
-            *error = xml.error();
-        else
-            EXPECT_TRUE(ok) << xml.error().toStdString();
-        return ok;
+        return (saving ? man.save_xml(xml) : man.load_xml(xml)) ? QString()
+                                                                : "failed: " + xml.error();
     }
 
     // Saves into a scratch directory and reads TASKDATA.XML back.
     XmlElement saved() {
-        save(dir("saved"));
+        EXPECT_EQ(save(dir("saved")), "");
         return read_xml(dir("saved/TASKDATA.XML"));
     }
 
@@ -70,6 +60,14 @@ QString differs(QByteArray const& expected, XmlElement const& actual) {
     ScratchDir scratch;
     write_file(scratch.file("expected.xml"), expected);
     return difference(read_xml(scratch.file("expected.xml")), actual);
+}
+
+// One attribute, or with "" the tag, of each element.
+QStringList values(QList<XmlElement> const& elements, QString const& name) {
+    QStringList found;
+    for (XmlElement const& element : elements)
+        found << (name.isEmpty() ? element.tag : element.attribute(name));
+    return found;
 }
 
 QByteArray const minimal_root = "<ISO11783_TaskData VersionMajor='4' VersionMinor='3' "
@@ -108,8 +106,8 @@ TEST_F(SetFiles, SamplesOfOtherSoftwareComeBackUnchanged) {
         SCOPED_TRACE(name.toStdString());
         QString const input = samples.filePath(name);
         QString const output = dir(name);
-        ASSERT_TRUE(load(input));
-        save(output);
+        ASSERT_EQ(load(input), "");
+        EXPECT_EQ(save(output), "");
         EXPECT_EQ(changes(input, output, "TASKDATA.XML"), QString());
         if (file_exists(input + "/LINKLIST.XML")) {
             EXPECT_EQ(changes(input, output, "LINKLIST.XML"), QString());
@@ -160,10 +158,8 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
              EXPECT_EQ(root().customers().count(), 2);
              EXPECT_TRUE(root().partfields()[0].get_customer() == root().customers()[1]);
              EXPECT_EQ(man.get_free_uid("CTR", false), 3);
-             QStringList tags;
-             for (XmlElement const& child : read_xml(out + "/TASKDATA.XML").children)
-                 tags << child.tag;
-             EXPECT_EQ(tags, QStringList({"CTR", "PFD", "CTR"}));
+             EXPECT_EQ(values(read_xml(out + "/TASKDATA.XML").children, ""),
+                       QStringList({"CTR", "PFD", "CTR"}));
              EXPECT_EQ(QDir(out).entryList(QDir::Files),
                        QStringList({"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"}));
          }},
@@ -197,9 +193,8 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
         SCOPED_TRACE(c.what);
         for (auto const& [name, content] : c.files)
             write_file(in + '/' + name, content);
-        QString error;
-        ASSERT_TRUE(load(in, &error)) << error.toStdString();
-        save(out);
+        ASSERT_EQ(load(in), "");
+        EXPECT_EQ(save(out), "");
         for (QString const& name : c.unchanged)
             EXPECT_EQ(changes(in, out, name), QString()) << name.toStdString();
         c.check();
@@ -256,9 +251,9 @@ TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
         write_file(input + "/TASKDATA.XML", bad.taskdata);
         for (auto const& [name, content] : bad.others)
             write_file(input + '/' + name, content);
-        QString error;
-        EXPECT_FALSE(load(input, &error));
-        EXPECT_TRUE(error.contains(bad.reason)) << error.toStdString();
+        QString const error = load(input);
+        EXPECT_TRUE(error.startsWith("failed") && error.contains(bad.reason))
+            << error.toStdString();
         EXPECT_EQ(root().customers().count(), 0);
     }
 }
@@ -270,8 +265,7 @@ TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
     write_file(output + "/TASKDATA.XML", "former");
     // A name that XML cannot hold is not written.
     set_proprietary(customer, "a b", QVariant(1));
-    QString error;
-    EXPECT_FALSE(save(output, &error));
+    QString error = save(output);
     EXPECT_TRUE(error.endsWith("attribute name \"P231_a b\" of <CTR> is not an XML name"))
         << error.toStdString();
     EXPECT_EQ(read_file(output + "/TASKDATA.XML"), "former");
@@ -279,8 +273,9 @@ TEST_F(SetFiles, AFailedSaveLeavesTheFormerFilesInPlace) {
 
     // LINKLIST.XML cannot be replaced: a directory stands in its place.
     make_dirs(output + "/LINKLIST.XML");
-    EXPECT_FALSE(save(output, &error));
-    EXPECT_TRUE(error.contains("LINKLIST.XML")) << error.toStdString();
+    error = save(output);
+    EXPECT_TRUE(error.startsWith("failed") && error.contains("LINKLIST.XML"))
+        << error.toStdString();
     EXPECT_EQ(read_file(output + "/TASKDATA.XML"), "former");
     EXPECT_EQ(QDir(output).entryList(QDir::Files | QDir::Hidden), QStringList({"TASKDATA.XML"}));
 
@@ -297,14 +292,9 @@ TEST_F(Elements, LoadedElementsAreListedAndNumberedAroundNewOnes) {
                "<ISO11783_TaskData VersionMajor='4'><CTR A='CTR1' B='a'/><CTR A='CTR-1' B='b'/>"
                "<CTR A='CTR3' B='c'/><PGP A='PGP1' B='loaded'/><PFD A='PFD1' C='f' D='0'>"
                "<PLN A='300' C='x'/></PFD></ISO11783_TaskData>");
-    ASSERT_TRUE(load(dir("in")));
-    for (int expected : {2, 4}) {
-        Customer customer = root().create_customers(true);
-        customer.id().set(man.get_free_uid("CTR", false), true);
-        int number = 0;
-        customer.id().get(number);
-        EXPECT_EQ(number, expected);
-    }
+    ASSERT_EQ(load(dir("in")), "");
+    for (int i = 0; i < 2; ++i) // free numbers: 2, then 4
+        root().create_customers(true).id().set(man.get_free_uid("CTR", false), true);
     EXPECT_EQ(man.get_free_uid("FRM", false), 1); // other tags count on their own
 
     // A list holds the loaded elements, then the created ones, also those
@@ -317,25 +307,18 @@ TEST_F(Elements, LoadedElementsAreListedAndNumberedAroundNewOnes) {
     EXPECT_TRUE(groups[1] == made);
     EXPECT_FALSE(groups[2].valid());
     QStringList names;
-    for (Product_group group : groups) {
-        QString name;
-        group.designator().get(name);
-        names << name;
-    }
+    for (Product_group group : groups)
+        group.designator().get(*names.insert(names.end(), QString()));
     EXPECT_EQ(names, QStringList({"loaded", "made"}));
     EXPECT_EQ(root().products().count(), 0);
 
     // Text that is no number of the range is not read.
-    Polygon const polygon = root().partfields()[0].get_polygon(0);
     unsigned char type = 0;
     unsigned int area = 0;
-    EXPECT_FALSE(polygon.type().get(type));
-    EXPECT_FALSE(polygon.area().get(area));
-
-    QStringList ids;
-    for (XmlElement const& customer : saved().all("CTR"))
-        ids << customer.attribute("A");
-    EXPECT_EQ(ids, QStringList({"CTR1", "CTR-1", "CTR3", "CTR2", "CTR4"}));
+    EXPECT_FALSE(root().partfields()[0].get_polygon(0).type().get(type));
+    EXPECT_FALSE(root().partfields()[0].get_polygon(0).area().get(area));
+    EXPECT_EQ(values(saved().all("CTR"), "A"),
+              QStringList({"CTR1", "CTR-1", "CTR3", "CTR2", "CTR4"}));
 }
 
 TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
@@ -405,12 +388,11 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
     Product product = root().create_products(true);
     product.id().set(1, true);
     set_product_preset(product, 2, 5.0); // only presets 0 and 1 exist
-    set_product_rate_type(product, 3);
+    set_product_rate_type(product, 3);   // only 1 is kept
     EXPECT_EQ(get_product_rate_type(product), 0);
     set_product_rate_type(product, 1);
-    EXPECT_EQ(get_product_rate_type(product), 1);
-    EXPECT_EQ(get_product_profile(product), QString());
     set_product_profile(product, "Spring <wheat>");
+    EXPECT_EQ(get_product_rate_type(product), 1);
     EXPECT_EQ(get_product_profile(product), "Spring <wheat>");
 
     // Required attributes that nothing set get neutral values; excluded and
