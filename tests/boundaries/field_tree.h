@@ -102,6 +102,17 @@ inline Part rectangle(double x, double y, double width, double height, bool cloc
     return ring;
 }
 
+// Squares of 0.001 degrees, 0.01 degrees apart eastward from (x, 52), as a
+// boundary shapefile with a table of `rows`: `count` squares, or one a row.
+inline void write_rings(QString const& base, double x,
+                        std::vector<std::vector<QVariant>> const& rows, int count = -1) {
+    std::vector<Shape> shapes;
+    for (int i = 0; i < (count < 0 ? static_cast<int>(rows.size()) : count); ++i)
+        shapes.push_back({rectangle(x + 0.01 * i, 52.0, 0.001, 0.001)});
+    write_shapes(base, SHPT_POLYGON, shapes);
+    write_table(base + ".dbf", boundary_columns(), rows);
+}
+
 class FieldTree : public test_support::DisplayTree {
 protected:
     using DisplayTree::saved;
