@@ -8,14 +8,10 @@
 #include <climits>
 
 using namespace TC::Task_data::Elements::Client;
-namespace {
-
-double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
-double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
-
-} // namespace
 
 TEST(PositionText, GivesDegreesAndMetres) {
+    double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
+    double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
     struct Case {
         char const* text;
         double latitude, longitude, height;
@@ -51,9 +47,10 @@ TEST(PositionText, GivesDegreesAndMetres) {
           "{W84,N52D30,E13D24M10S,1}", "{W84,N52M30S,E13D24M10S,1}", "{W84,N52D30M1S,,1}",
           "{W84,N52D30M1S,E,1}", "W84;N52D30M1S;E13D24M10S;1"}) {
         GeoPosition const position = parse_geo_position(text);
-        EXPECT_FALSE(position.valid) << text;
         GeoPoint const point = geo_position_point(position);
-        EXPECT_TRUE(point.latitude == 0.0 && point.longitude == 0.0 && point.height == 0.0) << text;
+        EXPECT_TRUE(!position.valid && point.latitude == 0.0 && point.longitude == 0.0 &&
+                    point.height == 0.0)
+            << text;
     }
 }
 
@@ -61,27 +58,22 @@ TEST(StationTable, StationsInRangeWithUpInMillimetresTruncatedTowardZero) {
     Element_man owner;
     owner.create();
     BaseStationTable table;
+    auto station = [&](int source, QByteArray const& text) {
+        return find_or_create_base_station(source, text, table, owner.get_client_root());
+    };
     auto up = [&](QByteArray const& height) {
-        Base_station const station = find_or_create_base_station(
-            1, "{W84,N1D0M0S,E1D0M0S," + height + "}", table, owner.get_client_root());
         int value = -1;
-        station.up().get(value);
+        station(1, "{W84,N1D0M0S,E1D0M0S," + height + "}").up().get(value);
         return value;
     };
     // No station and no entry outside the range of sources or for a broken text.
-    QByteArray const text = "{W84,N52D30M15.25S,E13D24M10.5S,34.5}";
-    for (auto [source, position] : {std::pair{0, text},
-                                    {24, text},
-                                    {-1, text},
-                                    {5, QByteArray("{W84,N52D30,E13D24M10.5S,34.5}")},
-                                    {5, QByteArray()}})
-        EXPECT_FALSE(
-            find_or_create_base_station(source, position, table, owner.get_client_root()).valid());
+    for (int source : {0, 24, -1})
+        EXPECT_FALSE(station(source, "{W84,N52D30M15.25S,E13D24M10.5S,34.5}").valid());
+    for (QByteArray const& text : {QByteArray("{W84,N52D30,E13D24M10.5S,34.5}"), QByteArray()})
+        EXPECT_FALSE(station(5, text).valid());
     EXPECT_EQ(owner.get_client_root().base_stations().count(), 0);
     EXPECT_TRUE(table.isEmpty());
 
-    EXPECT_EQ(up("-0.0004"), 0);
-    EXPECT_EQ(up("-1.2345"), -1234);
-    EXPECT_EQ(up("1e12"), INT_MAX);
-    EXPECT_EQ(up("-1e12"), INT_MIN);
+    EXPECT_EQ(std::vector<int>({up("-0.0004"), up("-1.2345"), up("1e12"), up("-1e12")}),
+              std::vector<int>({0, -1234, INT_MAX, INT_MIN}));
 }

@@ -28,16 +28,12 @@ QString exactly_rounded_degrees(double degrees) {
 } // namespace
 
 TEST(ValueText, DegreesKeepAtMostNineFractionDigitsRoundedExactly) {
-    for (auto [degrees, text] : {std::pair{52.5, "52.5"},
-                                 {7.0, "7"},
-                                 {0.0, "0"},
-                                 {-0.0, "0"},
-                                 {-0.0000000004, "0"},
-                                 {-0.000000001, "-0.000000001"},
-                                 {48.1234567891234, "48.123456789"},
-                                 {-179.9999999996, "-180"},
-                                 {10.0000000005, "10.000000001"}})
-        EXPECT_EQ(format_degrees(degrees), text) << degrees;
+    // Each row: degrees, then their text.
+    for (QString const row :
+         {"52.5 52.5", "7 7", "0 0", "-0 0", "-0.0000000004 0", "-0.000000001 -0.000000001",
+          "48.1234567891234 48.123456789", "-179.9999999996 -180", "10.0000000005 10.000000001"})
+        EXPECT_EQ(format_degrees(row.section(' ', 0, 0).toDouble()), row.section(' ', 1))
+            << row.toStdString();
     // Midpoints between two nanodegrees, their neighbours, and values far
     // beyond any coordinate take the exact path.
     for (double const degrees :
@@ -56,13 +52,10 @@ TEST(ValueText, DegreesKeepAtMostNineFractionDigitsRoundedExactly) {
 }
 
 TEST(ValueText, DdisAreFourHexDigitsBothWays) {
-    EXPECT_EQ(format_ddi(1), "0001");
-    EXPECT_EQ(format_ddi(0xDFFF), "DFFF");
     unsigned short ddi = 0;
-    EXPECT_TRUE(parse_ddi("00fe", ddi));
-    EXPECT_EQ(ddi, 0xFE);
-    EXPECT_FALSE(parse_ddi("1", ddi));
-    EXPECT_FALSE(parse_ddi("XYZW", ddi));
+    EXPECT_EQ(format_ddi(1) + ' ' + format_ddi(0xDFFF), "0001 DFFF");
+    EXPECT_TRUE(parse_ddi("00fe", ddi) && ddi == 0xFE);
+    EXPECT_FALSE(parse_ddi("1", ddi) || parse_ddi("XYZW", ddi));
 }
 
 TEST(ValueText, OnlyWhatXmlCannotHoldIsReplacedAndNamesFollowXml10) {
