@@ -33,26 +33,30 @@ QByteArray correction(int source, QByteArray const& text) {
            "\"\n";
 }
 
-// Every pattern below `element` as one line: its ID, designator, type,
-// radius, base station link and correction, then per line string its type
-// and points (type, designator, north, east).
+// Every pattern below `element` as one line: its group's ID and name, its
+// ID, designator, type, "r" radius where there is one, base station link and
+// correction ("-" where not there), then per line string its type and points
+// (type, designator, north, east).
 Lines patterns(XmlElement const& element) {
     Lines lines;
-    for (XmlElement const& pattern : element.all("GPN")) {
-        QStringList line = {pattern.attribute("A"), pattern.attribute("B"),
-                            "type " + pattern.attribute("C")};
-        if (pattern.has_attribute("H"))
-            line << "radius " + pattern.attribute("H");
-        line << "station " + pattern.attribute("L")
-             << "correction " + pattern.attribute("P231_correction");
-        for (XmlElement const& linestring : pattern.all("LSG")) {
-            line << "| LSG " + linestring.attribute("A") + ":";
-            for (XmlElement const& point : linestring.all("PNT"))
-                line << point.attribute("A") + point.attribute("B") + " " + point.attribute("C") +
-                            " " + point.attribute("D");
+    for (XmlElement const& group : element.all("GGP"))
+        for (XmlElement const& pattern : group.children) {
+            auto value = [&pattern](char const* name) {
+                return pattern.has_attribute(name) ? pattern.attribute(name) : "-";
+            };
+            QStringList line = {group.attribute("A"), group.attribute("B") + ':',
+                                pattern.attribute("A"), pattern.attribute("B"), value("C")};
+            if (pattern.has_attribute("H"))
+                line << 'r' + pattern.attribute("H");
+            line << value("L") << value("P231_correction");
+            for (XmlElement const& linestring : pattern.all("LSG")) {
+                line << "| " + linestring.attribute("A") + ":";
+                for (XmlElement const& point : linestring.all("PNT"))
+                    line << point.attribute("A") + point.attribute("B") + " " +
+                                point.attribute("C") + " " + point.attribute("D");
+            }
+            lines.push_back(line.join(' ').toStdString());
         }
-        lines.push_back(line.join(' ').toStdString());
-    }
     return lines;
 }
 
@@ -89,11 +93,9 @@ protected:
 
     XmlElement saved_field(QString const& name) const { return saved("PFD", "C", name).value(0); }
 
-    // The first point of the one saved pattern of that designator.
-    XmlElement first_point(QString const& name) const {
-        QList<XmlElement> const found = saved("GPN", "B", name);
-        EXPECT_EQ(found.size(), 1) << "patterns named " << name.toStdString();
-        return found.value(0).all("PNT").value(0);
+    // An attribute of the first point of the saved pattern of that designator.
+    QString point(QString const& name, QString const& attribute) const {
+        return saved("GPN", "B", name).value(0).all("PNT").value(0).attribute(attribute);
     }
 
     // Every saved base station as "north east up".
@@ -173,20 +175,14 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     run();
     expect_valid_set();
 
-    EXPECT_EQ(
-        patterns(saved_field("Basics")),
-        Lines({"GPN1 With type 1 station BSN1 correction 5 | LSG 5: 6A 52.1 13.2 7B 52.2 13.3",
-               "GPN2 without type 1 station  correction 0 | LSG 5: 6A 52.1 0 7B 52.2 0",
-               "GPN3 Other type 3 station  correction 24 | LSG 5: 6 52.5 13.25",
-               "GPN4 With type 3 station BSN1 correction 5 | LSG 5: 6 52.5 13.25 7 52.5 13.25",
-               "GPN5 With type 4 radius 12345 station BSN2 correction 23 | LSG 5: 8 52 13",
-               "GPN6 Without type 4 radius 0 station  correction 0 | LSG 5: 8 52 13"}));
+    EXPECT_EQ(patterns(saved_field("Basics")),
+              Lines({"GGP1 With: GPN1 With 1 BSN1 5 | 5: 6A 52.1 13.2 7B 52.2 13.3",
+                     "GGP2 without: GPN2 without 1 - 0 | 5: 6A 52.1 0 7B 52.2 0",
+                     "GGP3 Other: GPN3 Other 3 - 24 | 5: 6 52.5 13.25",
+                     "GGP4 With: GPN4 With 3 BSN1 5 | 5: 6 52.5 13.25 7 52.5 13.25",
+                     "GGP5 With: GPN5 With 4 r12345 BSN2 23 | 5: 8 52 13",
+                     "GGP6 Without: GPN6 Without 4 r0 - 0 | 5: 8 52 13"}));
     EXPECT_EQ(stations(), Lines(2, "52.504236111 13.402916667 34500"));
-    // Each pattern in a group of its own, named like it.
-    for (XmlElement const& group : saved().all("GGP")) {
-        EXPECT_EQ(group.children.size(), 1);
-        EXPECT_EQ(group.attribute("B"), group.children.value(0).attribute("B"));
-    }
 
     QMap<QString, int> const curves = {{"Start", 2}, {"Middle", 2}, {"End", 3},
                                        {"Cut", 1},   {"Bound", 2},  {"L", 2}};
@@ -202,15 +198,13 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     QMap<QString, int> const pivots = {{"Both", 1},  {"Grid", 1},  {"LatOnly", 1},
                                        {"South", 1}, {"Wide1", 1}, {"Wide2", 1}};
     EXPECT_EQ(point_counts(saved_field("Pivots")), pivots);
-    EXPECT_EQ(first_point("Both").attribute("C"), "52");
-    EXPECT_EQ(first_point("Both").attribute("D"), "13");
-    EXPECT_NEAR(first_point("Grid").attribute("C").toDouble(), 52.9702, 1e-6);
-    EXPECT_NEAR(first_point("Grid").attribute("D").toDouble(), -0.431, 1e-6);
+    EXPECT_EQ(QStringList({point("Both", "C"), point("Both", "D"), point("LatOnly", "D"),
+                           point("South", "D"), point("Wide1", "D")}),
+              QStringList({"52", "13", "0", "13", point("Wide2", "D")}));
+    EXPECT_NEAR(point("Grid", "C").toDouble(), 52.9702, 1e-6);
+    EXPECT_NEAR(point("Grid", "D").toDouble(), -0.431, 1e-6);
     EXPECT_EQ(saved("GPN", "B", "Grid").value(0).attribute("H"), "250500");
-    EXPECT_EQ(first_point("LatOnly").attribute("D"), "0");
-    EXPECT_NEAR(first_point("South").attribute("C").toDouble(), 52.0 - 100.0 / 111250.0, 1e-5);
-    EXPECT_EQ(first_point("South").attribute("D"), "13");
-    EXPECT_EQ(first_point("Wide1").attribute("D"), first_point("Wide2").attribute("D"));
+    EXPECT_NEAR(point("South", "C").toDouble(), 52.0 - 100.0 / 111250.0, 1e-5);
 
     // A second run on the first one's set rebuilds the same groups and
     // patterns, each with one new line string; only the links moved to the
@@ -248,10 +242,9 @@ TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
     run({"-m"});
 
     EXPECT_EQ(patterns(saved()),
-              Lines({"GPN3 Line type 3 station  correction  | LSG 5: 6 1 1",
-                     "GPN4 Line type 1 station  correction 0 | LSG 5: 6A 52.1 13.2 7B 52.2 13.3",
-                     "GPN5 Kept type 1 station  correction  | LSG 5: 6 3 3"}));
-    EXPECT_EQ(saved().all("GGP").size(), 2);
+              Lines({"GGP7 Shared: GPN3 Line 3 - - | 5: 6 1 1",
+                     "GGP7 Shared: GPN4 Line 1 - 0 | 5: 6A 52.1 13.2 7B 52.2 13.3",
+                     "GGP8 Kept: GPN5 Kept 1 - - | 5: 6 3 3"}));
     QStringList tramline;
     for (auto const& attribute : saved().all("GPN").value(1).attributes)
         if (attribute.first.startsWith("P231_") && attribute.first != "P231_correction")
