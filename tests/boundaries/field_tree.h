@@ -68,19 +68,17 @@ inline void write_table(QString const& path, std::vector<Column> const& columns,
     for (int row = 0; row < static_cast<int>(rows.size()); ++row)
         for (int column = 0; column < static_cast<int>(rows[row].size()); ++column) {
             QVariant const& cell = rows[row][column];
-            QByteArray text = cell.toString().toUtf8();
+            int const type = cell.userType();
+            // Text and flags go in as they stand (shapelib would format a
+            // date as a number); numbers as shapelib formats them.
+            QByteArray text =
+                type == QMetaType::Bool ? (cell.toBool() ? "T" : "F") : cell.toString().toUtf8();
             if (!cell.isValid())
                 DBFWriteNULLAttribute(table, row, column);
-            else if (cell.userType() == QMetaType::Bool)
-                DBFWriteLogicalAttribute(table, row, column, cell.toBool() ? 'T' : 'F');
-            else if (cell.userType() == QMetaType::Int)
-                DBFWriteIntegerAttribute(table, row, column, cell.toInt());
-            else if (cell.userType() == QMetaType::Double)
+            else if (type == QMetaType::Int || type == QMetaType::Double)
                 DBFWriteDoubleAttribute(table, row, column, cell.toDouble());
-            else if (columns[column].type == FTDate) // shapelib would format it as a number
-                DBFWriteAttributeDirectly(table, row, column, text.data());
             else
-                DBFWriteStringAttribute(table, row, column, text.constData());
+                DBFWriteAttributeDirectly(table, row, column, text.data());
         }
     DBFClose(table);
 }
