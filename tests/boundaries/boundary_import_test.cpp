@@ -83,7 +83,14 @@ QStringList values(QList<XmlElement> const& elements, QString const& name) {
     return found;
 }
 
-using BoundaryImport = FieldTree;
+class BoundaryImport : public DisplayTree {
+protected:
+    using DisplayTree::saved;
+    // The saved elements of that tag in the saved field of that name.
+    QList<XmlElement> saved(QString const& tag, QString const& name) const {
+        return saved("PFD", "C", name).value(0).all(tag);
+    }
+};
 
 } // namespace
 
@@ -292,5 +299,5 @@ TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
         rings(saved("PLN", "Field")),
         Lines({"'row1' 1/2 9 1 'b' 5", "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 0",
                "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 3", "'' 1/1 9 1 '' 4", "'' 1/2 9 1 '' 5"}));
-    EXPECT_EQ(saved("PNT", "Field").size(), 1);
+    EXPECT_EQ(DisplayTree::saved("PNT", "B", "Stone").size(), 1);
 }

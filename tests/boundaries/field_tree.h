@@ -1,6 +1,6 @@
 #pragma once
 // Shapefiles and dBASE tables written by shapelib's own writer (SHPCreate,
-// DBFCreate), and one field of a display tree with the tool run on it.
+// DBFCreate).
 #include "test_support/test_support.h"
 
 #include <QFile>
@@ -110,18 +110,3 @@ inline void write_rings(QString const& base, double x,
     write_shapes(base, SHPT_POLYGON, shapes);
     write_table(base + ".dbf", boundary_columns(), rows);
 }
-
-class FieldTree : public test_support::DisplayTree {
-protected:
-    using DisplayTree::saved;
-    // The direct children with that tag of the last saved field of that name.
-    QList<test_support::XmlElement> saved(QString const& tag, QString const& name) const {
-        QList<test_support::XmlElement> const fields = saved("PFD", "C", name);
-        EXPECT_FALSE(fields.isEmpty()) << "no field " << name.toStdString();
-        QList<test_support::XmlElement> found;
-        for (test_support::XmlElement const& child : fields.value(fields.size() - 1).children)
-            if (child.tag == tag)
-                found << child;
-        return found;
-    }
-};
