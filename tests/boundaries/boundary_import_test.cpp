@@ -5,7 +5,6 @@
 #include "field_tree.h"
 
 #include <QDir>
-#include <QUuid>
 
 #include <cmath>
 

@@ -6,13 +6,9 @@
 #include <QFile>
 #include <QVariant>
 
-#include <gtest/gtest.h>
 #include <shapefil.h>
 
 #include <algorithm>
-#include <string>
-#include <utility>
-#include <vector>
 
 using Lines = std::vector<std::string>;
 using Vertex = std::pair<double, double>; // x, y

@@ -5,8 +5,6 @@
 // icons, names cut to 32 characters, file order.
 #include "test_support/test_support.h"
 
-#include <gtest/gtest.h>
-
 using namespace test_support;
 using Lines = std::vector<std::string>;
 

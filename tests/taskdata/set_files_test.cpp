@@ -9,8 +9,6 @@
 
 #include <QDir>
 
-#include <gtest/gtest.h>
-
 #include <functional>
 
 using namespace TC::Task_data;
