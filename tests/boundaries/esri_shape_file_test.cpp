@@ -18,18 +18,17 @@ namespace {
 // A shape's vertices by part, as the reader gives them.
 std::vector<Part> parts_of(EsriShape const* shape) {
     std::vector<Part> parts;
-    if (auto const* points = dynamic_cast<EsriPointShape const*>(shape)) {
+    if (auto const* points = dynamic_cast<EsriPointShape const*>(shape))
         for (unsigned i = 0; i < points->GetNumberOfPoints(); ++i)
             parts.push_back({{points->GetPoints()[i].x, points->GetPoints()[i].y}});
-    } else if (auto const* lines = dynamic_cast<EsriPolygonShape const*>(shape)) {
-        for (unsigned part = 0; part < lines->GetNumberOfParts(); ++part) {
-            EsriPoint const* vertices = nullptr;
-            unsigned count = 0;
-            parts.emplace_back();
-            if (lines->getPartPoints(part, vertices, count))
-                for (unsigned i = 0; i < count; ++i)
-                    parts.back().push_back({vertices[i].x, vertices[i].y});
-        }
+    auto const* lines = dynamic_cast<EsriPolygonShape const*>(shape);
+    for (unsigned part = 0; lines && part < lines->GetNumberOfParts(); ++part) {
+        EsriPoint const* vertices = nullptr;
+        unsigned count = 0;
+        parts.emplace_back();
+        if (lines->getPartPoints(part, vertices, count))
+            for (unsigned i = 0; i < count; ++i)
+                parts.back().push_back({vertices[i].x, vertices[i].y});
     }
     return parts;
 }
@@ -37,16 +36,15 @@ std::vector<Part> parts_of(EsriShape const* shape) {
 // The parts of GeoJSON coordinates in shapefile terms: every innermost list
 // of positions (a line, a ring) is a part, and a point a part of one vertex.
 void add_parts(QJsonArray const& coordinates, std::vector<Part>& parts) {
-    if (coordinates[0].isDouble()) {
-        parts.push_back({{coordinates[0].toDouble(), coordinates[1].toDouble()}});
-    } else if (coordinates[0].toArray()[0].isDouble()) {
+    if (coordinates[0].isDouble())
+        return parts.push_back({{coordinates[0].toDouble(), coordinates[1].toDouble()}});
+    if (coordinates[0][0].isDouble())
         parts.emplace_back();
-        for (QJsonValue const& position : coordinates)
-            parts.back().push_back({position[0].toDouble(), position[1].toDouble()});
-    } else {
-        for (QJsonValue const& inner : coordinates)
+    for (QJsonValue const& inner : coordinates)
+        if (inner[0].isDouble())
+            parts.back().push_back({inner[0].toDouble(), inner[1].toDouble()});
+        else
             add_parts(inner.toArray(), parts);
-    }
 }
 
 template <class Field> Field const& field(EsriDbfRecord const* row, unsigned column) {
