@@ -9,33 +9,28 @@
 #include <shapefil.h>
 
 #include <algorithm>
+#include <tuple>
 
 using Lines = std::vector<std::string>;
 using Vertex = std::pair<double, double>; // x, y
 using Part = std::vector<Vertex>;
 using Shape = std::vector<Part>; // no parts at all makes a null shape
 
-inline void make_parent(QString const& path) {
-    test_support::make_dirs(path.left(path.lastIndexOf('/')));
-}
-
 // Writes <base>.shp and <base>.shx with one record per shape, all of `type`.
 inline void write_shapes(QString const& base, int type, std::vector<Shape> const& shapes) {
-    make_parent(base);
+    test_support::make_dirs(base.left(base.lastIndexOf('/')));
     // shapelib cuts the last suffix off the name it is given.
     SHPHandle file = SHPCreate(QFile::encodeName(base + ".shp").constData(), type);
     ASSERT_NE(file, nullptr) << base.toStdString();
     for (Shape const& shape : shapes) {
         std::vector<int> starts;
-        std::vector<double> x, y, z;
+        std::vector<double> x, y;
         for (Part const& part : shape) {
             starts.push_back(static_cast<int>(x.size()));
-            for (Vertex const& vertex : part) {
-                x.push_back(vertex.first);
-                y.push_back(vertex.second);
-                z.push_back(7.0);
-            }
+            for (auto const& [east, north] : part)
+                x.push_back(east), y.push_back(north);
         }
+        std::vector<double> z(x.size(), 7.0);
         SHPObject* object = SHPCreateObject(
             shape.empty() ? SHPT_NULL : type, -1, static_cast<int>(starts.size()), starts.data(),
             nullptr, static_cast<int>(x.size()), x.data(), y.data(), z.data(), z.data());
@@ -45,22 +40,17 @@ inline void write_shapes(QString const& base, int type, std::vector<Shape> const
     SHPClose(file);
 }
 
-struct Column {
-    char const* name;
-    DBFFieldType type;
-    int width;
-    int decimals;
-};
+using Column = std::tuple<char const*, DBFFieldType, int, int>; // name, type, width, decimals
 
 // Writes a dBASE table; a cell is a QString, an int, a double or a bool for
 // the column's kind, or an invalid QVariant for an empty value.
 inline void write_table(QString const& path, std::vector<Column> const& columns,
                         std::vector<std::vector<QVariant>> const& rows) {
-    make_parent(path);
+    test_support::make_dirs(path.left(path.lastIndexOf('/')));
     DBFHandle table = DBFCreate(QFile::encodeName(path).constData());
     ASSERT_NE(table, nullptr) << path.toStdString();
-    for (Column const& column : columns)
-        DBFAddField(table, column.name, column.type, column.width, column.decimals);
+    for (auto const& [name, type, width, decimals] : columns)
+        DBFAddField(table, name, type, width, decimals);
     for (int row = 0; row < static_cast<int>(rows.size()); ++row)
         for (int column = 0; column < static_cast<int>(rows[row].size()); ++column) {
             QVariant const& cell = rows[row][column];
