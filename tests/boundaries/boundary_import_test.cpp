@@ -2,6 +2,7 @@
 // Boundaries and Zones are read and in which order, what their rows become,
 // the area, the replacement of an earlier run's rings, damaged input, and the
 // guidance groups of project and optimal lines.
+#include "../taskdata/xml_summary.h"
 #include "field_tree.h"
 
 #include <QDir>
@@ -73,14 +74,6 @@ std::vector<Shape> const three_lines = {
     {{{9.0, 52.0}, {9.001, 52.001}, {9.002, 52.0}}},
     {{{9.1, 52.1}, {9.101, 52.1}}, {{9.2, 52.2}}},
     {{{9.3, 52.3}, {9.301, 52.3}, {9.302, 52.3}, {9.303, 52.3}}}};
-
-// One attribute of each element.
-QStringList values(QList<XmlElement> const& elements, QString const& name) {
-    QStringList found;
-    for (XmlElement const& element : elements)
-        found << element.attribute(name);
-    return found;
-}
 
 class BoundaryImport : public DisplayTree {
 protected:
@@ -187,7 +180,7 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
 
     // Areas in whole square metres, either way round; the ring of two points
     // is kept, and closed.
-    QStringList const areas = values(saved("PLN", "Area"), "C");
+    QStringList const areas = summary(saved("PLN", "Area"), {"C"});
     // The degree rectangle, from the ellipsoid's radii of curvature.
     double const a = 6378137.0, e2 = 0.0066943799901413165, radian = 0.017453292519943295;
     double const latitude = 52.0005 * radian;
@@ -260,7 +253,8 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
     run({"-m"});
     expected.erase(expected.begin() + 2);
     EXPECT_EQ(rings(saved("PLN", "Field")), expected);
-    QStringList const second = values(read_xml(scratch.file("out/LINKLIST.XML")).all("LNK"), "B");
+    QStringList const second =
+        summary(read_xml(scratch.file("out/LINKLIST.XML")).all("LNK"), {"B"});
     ASSERT_EQ(second.size(), 3);
     EXPECT_EQ(QUuid(second[0]), QUuid(uuid('4')));
     EXPECT_FALSE(first.contains(QUuid(second[1])) || first.contains(QUuid(second[2])));

@@ -3,10 +3,10 @@
 // order, and with -m found again by name under the same parents; and a
 // field's flagpoints.ini: one point per record the count asks for, clamped
 // icons, names cut to 32 characters, file order.
+#include "../taskdata/xml_summary.h"
 #include "test_support/test_support.h"
 
 using namespace test_support;
-using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -34,19 +34,6 @@ protected:
                 lines << line.join(' ');
         }
         return lines.join("; ");
-    }
-
-    // The points of each saved field, "field: A B C D F icon" per point.
-    Lines points() const {
-        Lines lines;
-        for (XmlElement const& field : saved().all("PFD"))
-            for (XmlElement const& point : field.all("PNT")) {
-                QStringList line = {field.attribute("C") + ':'};
-                for (char const* name : {"A", "B", "C", "D", "F", "P231_iconId"})
-                    line << (point.has_attribute(name) ? point.attribute(name) : "-");
-                lines.push_back(line.join(' ').toStdString());
-            }
-        return lines;
     }
 };
 
@@ -89,13 +76,18 @@ TEST_F(ClientImport, ThreeLevelsBecomeLinkedElementsInListingOrderWithTheirFlags
                         "PFD8 CTR4 FRM4 Text; CTR5 meyer; FRM5 CTR5 Away; FRM6 CTR5 Home; "
                         "PFD9 CTR5 FRM6 north; PFD10 CTR5 FRM6 South; CTR6 No farms; CTR7 Old; "
                         "FRM7 CTR7 Home; PFD11 CTR7 FRM7 North");
-    EXPECT_EQ(
-        points(),
-        Lines({"Icons: 1 low 1 1 2 -", "Icons: 1 two 1 1 2 -", "Icons: 1 three 1 1 2 3",
-               "Icons: 1 high 1 1 2 8", ("Icons: 1 " + name32 + " 1 1 2 -").toStdString(),
-               ("Icons: 1 " + name32 + " 1.5 0 2 8").toStdString(), "Icons: 1 twin 5 6 2 7",
-               "Icons: 1 twin 5 6 2 3", "Long: 1 Well 52.5 9.25 2 4", "Long: 1 Gate 52.6 9.26 2 5",
-               "Short: 1 Stone -1.5 -2.5 2 4", "Short: 1  0 0 2 -", "Short: 1  0 0 2 -"}));
+    QStringList points; // "field: A B C D F icon" per point
+    for (XmlElement const& field : saved().all("PFD"))
+        for (QString const& point :
+             summary(field.all("PNT"), {"A", "B", "C", "D", "F", "P231_iconId"}))
+            points << field.attribute("C") + ": " + point;
+    EXPECT_EQ(points,
+              QStringList({"Icons: 1 low 1 1 2 -", "Icons: 1 two 1 1 2 -", "Icons: 1 three 1 1 2 3",
+                           "Icons: 1 high 1 1 2 8", "Icons: 1 " + name32 + " 1 1 2 -",
+                           "Icons: 1 " + name32 + " 1.5 0 2 8", "Icons: 1 twin 5 6 2 7",
+                           "Icons: 1 twin 5 6 2 3", "Long: 1 Well 52.5 9.25 2 4",
+                           "Long: 1 Gate 52.6 9.26 2 5", "Short: 1 Stone -1.5 -2.5 2 4",
+                           "Short: 1  0 0 2 -", "Short: 1  0 0 2 -"}));
 }
 
 TEST_F(ClientImport, MergeReusesByExactNameUnderTheSameParents) {

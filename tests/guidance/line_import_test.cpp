@@ -1,6 +1,7 @@
 // AB lines, curves and pivots of a field as the tool writes them: one
 // guidance group and pattern per line, found again by type and designator on
 // a loaded set, with the base stations of the run and the tramline values.
+#include "../taskdata/xml_summary.h"
 #include "test_support/test_support.h"
 
 #include <QMap>
@@ -60,18 +61,6 @@ Lines patterns(XmlElement const& element) {
     return lines;
 }
 
-// The attributes `names` of each element, joined by spaces.
-Lines rows(QList<XmlElement> const& elements, QStringList const& names) {
-    Lines lines;
-    for (XmlElement const& element : elements) {
-        QStringList line;
-        for (QString const& name : names)
-            line << element.attribute(name);
-        lines.push_back(line.join(' ').toStdString());
-    }
-    return lines;
-}
-
 // Designator to number of points, for every pattern below `element`.
 QMap<QString, int> point_counts(XmlElement const& element) {
     QMap<QString, int> counts;
@@ -99,7 +88,7 @@ protected:
     }
 
     // Every saved base station as "north east up".
-    Lines stations() const { return rows(saved().all("BSN"), {"C", "D", "E"}); }
+    QStringList stations() const { return summary(saved().all("BSN"), {"C", "D", "E"}); }
 };
 
 } // namespace
@@ -182,7 +171,8 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
                      "GGP4 With: GPN4 With 3 BSN1 5 | 5: 6 52.5 13.25 7 52.5 13.25",
                      "GGP5 With: GPN5 With 4 r12345 BSN2 23 | 5: 8 52 13",
                      "GGP6 Without: GPN6 Without 4 r0 - 0 | 5: 8 52 13"}));
-    EXPECT_EQ(stations(), Lines(2, "52.504236111 13.402916667 34500"));
+    QString const station = "52.504236111 13.402916667 34500";
+    EXPECT_EQ(stations(), QStringList({station, station}));
 
     QMap<QString, int> const curves = {{"Start", 2}, {"Middle", 2}, {"End", 3},
                                        {"Cut", 1},   {"Bound", 2},  {"L", 2}};
@@ -190,10 +180,10 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
 
     // By name ignoring case; "Case" and "case" come in the order the file
     // system lists them.
-    Lines names = rows(saved_field("Names").all("GPN"), {"B", "C"});
+    QStringList names = summary(saved_field("Names").all("GPN"), {"B", "C"});
     if (names.size() == 5)
         std::sort(names.begin() + 2, names.begin() + 4);
-    EXPECT_EQ(names, Lines({"A 1", "b 1", "Case 1", "case 1", "b 3"}));
+    EXPECT_EQ(names, QStringList({"A 1", "b 1", "Case 1", "case 1", "b 3"}));
 
     QMap<QString, int> const pivots = {{"Both", 1},  {"Grid", 1},  {"LatOnly", 1},
                                        {"South", 1}, {"Wide1", 1}, {"Wide2", 1}};
@@ -210,11 +200,11 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     // patterns, each with one new line string; only the links moved to the
     // stations of this run.
     Lines const first = patterns(saved());
-    Lines const first_groups = rows(saved().all("GGP"), {"A", "B"});
+    QStringList const first_groups = summary(saved().all("GGP"), {"A", "B"});
     load_saved();
     run({"-m"});
-    EXPECT_EQ(stations(), Lines(4, "52.504236111 13.402916667 34500"));
-    EXPECT_EQ(rows(saved().all("GGP"), {"A", "B"}), first_groups);
+    EXPECT_EQ(stations(), QStringList({station, station, station, station}));
+    EXPECT_EQ(summary(saved().all("GGP"), {"A", "B"}), first_groups);
     Lines second = patterns(saved());
     for (std::string& line : second)
         line = QString::fromStdString(line)
@@ -245,10 +235,7 @@ TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
               Lines({"GGP7 Shared: GPN3 Line 3 - - | 5: 6 1 1",
                      "GGP7 Shared: GPN4 Line 1 - 0 | 5: 6A 52.1 13.2 7B 52.2 13.3",
                      "GGP8 Kept: GPN5 Kept 1 - - | 5: 6 3 3"}));
-    QStringList tramline;
-    for (auto const& attribute : saved().all("GPN").value(1).attributes)
-        if (attribute.first.startsWith("P231_") && attribute.first != "P231_correction")
-            tramline << attribute.first + "=" + attribute.second;
-    EXPECT_EQ(tramline, QStringList({"P231_spacing=3", "P231_smoothing=5", "P231_trackWidth=0",
-                                     "P231_impOffset=0.25"}));
+    EXPECT_EQ(summary({saved().all("GPN").value(1)},
+                      {"P231_spacing", "P231_smoothing", "P231_trackWidth", "P231_impOffset"}),
+              QStringList({"3 5 0 0.25"}));
 }
