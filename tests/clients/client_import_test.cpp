@@ -21,18 +21,12 @@ protected:
     // The saved customers, farms and fields in document order:
     // "CTR1 name; FRM1 CTR1 name; PFD1 CTR1 FRM1 name".
     QString levels() const {
+        QHash<QString, QStringList> const shown = {
+            {"CTR", {"A", "B"}}, {"FRM", {"A", "I", "B"}}, {"PFD", {"A", "E", "F", "C"}}};
         QStringList lines;
-        for (XmlElement const& element : saved().children) {
-            QStringList line = {element.attribute("A")};
-            if (element.tag == "CTR")
-                line << element.attribute("B");
-            else if (element.tag == "FRM")
-                line << element.attribute("I") << element.attribute("B");
-            else if (element.tag == "PFD")
-                line << element.attribute("E") << element.attribute("F") << element.attribute("C");
-            if (line.size() > 1)
-                lines << line.join(' ');
-        }
+        for (XmlElement const& element : saved().children)
+            if (shown.contains(element.tag))
+                lines << summary({element}, shown[element.tag]);
         return lines.join("; ");
     }
 };
