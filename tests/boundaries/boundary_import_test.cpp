@@ -43,18 +43,11 @@ Lines groups(QList<XmlElement> const& saved) {
     for (XmlElement const& group : saved) {
         lines.push_back((group.attribute("A") + ' ' + group.attribute("B")).toStdString());
         for (XmlElement const& pattern : group.all("GPN")) {
-            QStringList line = {" ",
-                                pattern.attribute("A"),
-                                pattern.attribute("B"),
-                                pattern.attribute("C"),
-                                pattern.attribute("E"),
-                                pattern.attribute("F")};
-            for (XmlElement const& linestring : pattern.all("LSG")) {
-                line << "| " + linestring.attribute("A") + ":";
-                for (XmlElement const& point : linestring.all("PNT"))
-                    line << point.attribute("A");
-            }
-            lines.push_back(line.join(' ').toStdString());
+            QString line = "  " + summary({pattern}, {"A", "B", "C", "E", "F"}).join("");
+            for (XmlElement const& linestring : pattern.all("LSG"))
+                line += " | " + linestring.attribute("A") + ": " +
+                        summary(linestring.all("PNT"), {"A"}).join(' ');
+            lines.push_back(line.toStdString());
         }
     }
     return lines;
@@ -197,10 +190,10 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     // stand: x east, y north.
     QList<XmlElement> const saved_groups = saved("GGP", "Lines");
     EXPECT_EQ(groups(saved_groups),
-              Lines({"GGP1 Empty", "GGP2 named", "GGP3 Points", "  GPN1  3 4 4", "GGP4 Set",
-                     "  GPN2  3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP5 broken", "GGP6 m",
-                     "GGP7 Points", "GGP8 Polygons", "GGP9 Set", "  GPN3  3 1 1 | 5: 6 9 7",
-                     "  GPN4  3 1 1 | 5: 6 7 6", "  GPN5  3 1 1 | 5: 6 9 9 7", "GGP10 z"}));
+              Lines({"GGP1 Empty", "GGP2 named", "GGP3 Points", "  GPN1 - 3 4 4", "GGP4 Set",
+                     "  GPN2 - 3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP5 broken", "GGP6 m",
+                     "GGP7 Points", "GGP8 Polygons", "GGP9 Set", "  GPN3 - 3 1 1 | 5: 6 9 7",
+                     "  GPN4 - 3 1 1 | 5: 6 7 6", "  GPN5 - 3 1 1 | 5: 6 9 9 7", "GGP10 z"}));
     XmlElement const second = saved_groups.value(8).all("PNT").value(1);
     EXPECT_EQ(second.attribute("C"), "52.001");
     EXPECT_EQ(second.attribute("D"), "9.001");
