@@ -34,28 +34,19 @@ QByteArray correction(int source, QByteArray const& text) {
 }
 
 // Every pattern below `element` as one line: its group's ID and name, its
-// ID, designator, type, "r" radius where there is one, base station link and
-// correction ("-" where not there), then per line string its type and points
-// (type, designator, north, east).
+// ID, designator, type, radius, base station link and correction, then per
+// line string its type and points (type, designator, north, east).
 QStringList patterns(XmlElement const& element) {
     QStringList lines;
     for (XmlElement const& group : element.all("GGP"))
         for (XmlElement const& pattern : group.children) {
-            auto value = [&pattern](char const* name) {
-                return pattern.has_attribute(name) ? pattern.attribute(name) : "-";
-            };
-            QStringList line = {group.attribute("A"), group.attribute("B") + ':',
-                                pattern.attribute("A"), pattern.attribute("B"), value("C")};
-            if (pattern.has_attribute("H"))
-                line << 'r' + pattern.attribute("H");
-            line << value("L") << value("P231_correction");
-            for (XmlElement const& linestring : pattern.all("LSG")) {
-                line << "| " + linestring.attribute("A") + ":";
-                for (XmlElement const& point : linestring.all("PNT"))
-                    line << point.attribute("A") + point.attribute("B") + " " +
-                                point.attribute("C") + " " + point.attribute("D");
-            }
-            lines << line.join(' ');
+            QString line =
+                summary({group}, {"A", "B"}).join("") + ": " +
+                summary({pattern}, {"A", "B", "C", "H", "L", "P231_correction"}).join("");
+            for (XmlElement const& linestring : pattern.all("LSG"))
+                line += " | " + linestring.attribute("A") + ": " +
+                        summary(linestring.all("PNT"), {"A", "B", "C", "D"}).join(", ");
+            lines << line;
         }
     return lines;
 }
@@ -164,12 +155,12 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     expect_valid_set();
 
     EXPECT_EQ(patterns(saved_field("Basics")),
-              QStringList({"GGP1 With: GPN1 With 1 BSN1 5 | 5: 6A 52.1 13.2 7B 52.2 13.3",
-                           "GGP2 without: GPN2 without 1 - 0 | 5: 6A 52.1 0 7B 52.2 0",
-                           "GGP3 Other: GPN3 Other 3 - 24 | 5: 6 52.5 13.25",
-                           "GGP4 With: GPN4 With 3 BSN1 5 | 5: 6 52.5 13.25 7 52.5 13.25",
-                           "GGP5 With: GPN5 With 4 r12345 BSN2 23 | 5: 8 52 13",
-                           "GGP6 Without: GPN6 Without 4 r0 - 0 | 5: 8 52 13"}));
+              QStringList({"GGP1 With: GPN1 With 1 - BSN1 5 | 5: 6 A 52.1 13.2, 7 B 52.2 13.3",
+                           "GGP2 without: GPN2 without 1 - - 0 | 5: 6 A 52.1 0, 7 B 52.2 0",
+                           "GGP3 Other: GPN3 Other 3 - - 24 | 5: 6 - 52.5 13.25",
+                           "GGP4 With: GPN4 With 3 - BSN1 5 | 5: 6 - 52.5 13.25, 7 - 52.5 13.25",
+                           "GGP5 With: GPN5 With 4 12345 BSN2 23 | 5: 8 - 52 13",
+                           "GGP6 Without: GPN6 Without 4 0 - 0 | 5: 8 - 52 13"}));
     QString const station = "52.504236111 13.402916667 34500";
     EXPECT_EQ(stations(), QStringList({station, station}));
 
@@ -192,7 +183,7 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
               QStringList({"52", "13", "0", "13", point("Wide2", "D")}));
     EXPECT_NEAR(point("Grid", "C").toDouble(), 52.9702, 1e-6);
     EXPECT_NEAR(point("Grid", "D").toDouble(), -0.431, 1e-6);
-    EXPECT_EQ(saved("GPN", "B", "Grid").value(0).attribute("H"), "250500");
+    EXPECT_EQ(summary(saved("GPN", "B", "Grid"), {"H"}), QStringList({"250500"}));
     EXPECT_NEAR(point("South", "C").toDouble(), 52.0 - 100.0 / 111250.0, 1e-5);
 
     // A second run on the first one's set rebuilds the same groups and
@@ -224,9 +215,9 @@ TEST_F(GuidanceTree, LoadedPatternsAreUpdatedWhereTheyLie) {
     run({"-m"});
 
     EXPECT_EQ(patterns(saved()),
-              QStringList({"GGP7 Shared: GPN3 Line 3 - - | 5: 6 1 1",
-                           "GGP7 Shared: GPN4 Line 1 - 0 | 5: 6A 52.1 13.2 7B 52.2 13.3",
-                           "GGP8 Kept: GPN5 Kept 1 - - | 5: 6 3 3"}));
+              QStringList({"GGP7 Shared: GPN3 Line 3 - - - | 5: 6 - 1 1",
+                           "GGP7 Shared: GPN4 Line 1 - - 0 | 5: 6 A 52.1 13.2, 7 B 52.2 13.3",
+                           "GGP8 Kept: GPN5 Kept 1 - - - | 5: 6 - 3 3"}));
     EXPECT_EQ(summary({saved().all("GPN").value(1)},
                       {"P231_spacing", "P231_smoothing", "P231_trackWidth", "P231_impOffset"}),
               QStringList({"3 5 0 0.25"}));
