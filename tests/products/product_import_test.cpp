@@ -33,28 +33,23 @@ protected:
 
     // A saved product or mixture as "type quantity | DDI group density |
     // presets and increment", "-" for what is not written.
-    QString written(XmlElement const& product) const {
-        QHash<QString, QString> groups;
-        for (XmlElement const& group : saved().all("PGP"))
-            groups.insert(group.attribute("A"), group.attribute("B"));
-        QStringList values;
-        for (char const* name :
-             {"F", "G", "|", "E", "C", "H", "|", "P231_preset0", "P231_preset1", "P231_incDec"})
-            values << (*name == '|'                   ? "|"
-                       : !product.has_attribute(name) ? "-"
-                       : *name == 'C'                 ? groups.value(product.attribute(name))
-                                                      : product.attribute(name));
-        return values.join(' ');
+    QString written(XmlElement product) const {
+        for (auto& attribute : product.attributes)
+            if (attribute.first == "C") // the group by its name
+                attribute.second = saved("PGP", "A", attribute.second).value(0).attribute("B");
+        return QStringList(
+                   {summary({product}, {"F", "G"}).join(""),
+                    summary({product}, {"E", "C", "H"}).join(""),
+                    summary({product}, {"P231_preset0", "P231_preset1", "P231_incDec"}).join("")})
+            .join(" | ");
     }
 
     // The ingredients of a saved mixture as "<designator> <quantity>, ...".
     QString ingredients(XmlElement const& mixture) const {
-        QHash<QString, QString> names;
-        for (XmlElement const& product : saved().all("PDT"))
-            names.insert(product.attribute("A"), product.attribute("B"));
         QStringList found;
         for (XmlElement const& relation : mixture.all("PRN"))
-            found << names.value(relation.attribute("A")) + " " + relation.attribute("B");
+            found << saved("PDT", "A", relation.attribute("A")).value(0).attribute("B") + " " +
+                         relation.attribute("B");
         return found.join(", ");
     }
 };
