@@ -90,11 +90,9 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     write_rings(in_order("Boundaries/0.v2"), 9.2, {{{}, "versioned"}});
     write_rings(in_order("Boundaries/0/FIELD.SHP"), 9.3, {{{}, "upper"}});
     QFile::rename(in_order("Boundaries/0/FIELD.SHP.shp"), in_order("Boundaries/0/FIELD.SHP"));
-    write_file(in_order("Boundaries/z.bdy"), bdy(5));
-    write_file(in_order("Boundaries/M/y.bdy"), bdy(4));
-    write_file(in_order("Boundaries/a.bdy"), bdy(3));
-    write_file(in_order("Boundaries/x.BDY"), bdy(6));
-    write_file(in_order("Boundaries/x.v2.bdy"), bdy(7));
+    int vertices = 3; // each ring known by its size
+    for (char const* name : {"a.bdy", "M/y.bdy", "z.bdy", "x.BDY", "x.v2.bdy"})
+        write_file(in_order(QString("Boundaries/") + name), bdy(vertices++));
 
     // Rows: names, categories and kinds; zones are interior.
     auto in_rows = [this](QString const& path) { return field(path, "Rows"); };
@@ -135,17 +133,16 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     // Lines: one pattern per project line file, one per optimal line; only
     // polylines count, and unreadable files leave an empty group.
     auto in_lines = [this](QString const& path) { return field(path, "Lines"); };
-    write_shapes(in_lines("ProjectLines/Set/Set"), SHPT_ARC, three_lines);
-    write_shapes(in_lines("OptimalLines/Set/Set"), SHPT_ARC, three_lines);
+    for (char const* path : {"ProjectLines/Set/Set", "OptimalLines/Set/Set",
+                             "ProjectLines/named/other", "OptimalLines/broken/broken"})
+        write_shapes(in_lines(path), SHPT_ARC, three_lines);
     make_dirs(in_lines("ProjectLines/Empty"));
-    write_shapes(in_lines("ProjectLines/named/other"), SHPT_ARC, three_lines);
     write_shapes(in_lines("ProjectLines/Points/Points"), SHPT_POINT, {{{{9.0, 52.0}}}});
     write_shapes(in_lines("OptimalLines/Points/Points"), SHPT_POINT, {{{{9.0, 52.0}}}});
     write_shapes(in_lines("OptimalLines/Polygons/Polygons"), SHPT_POLYGON,
                  {{rectangle(9.0, 52.0, 0.001, 0.001)}});
     write_shapes(in_lines("OptimalLines/z/z"), SHPT_ARCZ, three_lines);
     write_shapes(in_lines("OptimalLines/m/m"), SHPT_ARCM, three_lines);
-    write_shapes(in_lines("OptimalLines/broken/broken"), SHPT_ARC, three_lines);
     write_file(in_lines("OptimalLines/broken/broken.shp"), QByteArray(300, '\x01'));
     ToolRun const result = run();
     expect_valid_set();

@@ -2,6 +2,8 @@
 // text, and the guards against characters and names XML cannot hold.
 #include "taskdata/value_text.h"
 
+#include <QRegularExpression>
+
 #include <gtest/gtest.h>
 
 #include <charconv>
@@ -17,11 +19,9 @@ QString exactly_rounded_degrees(double degrees) {
     char text[degrees_text_size];
     char* end =
         std::to_chars(text, text + degrees_text_size, degrees, std::chars_format::fixed, 9).ptr;
-    QString result = QString::fromLatin1(text, static_cast<int>(end - text));
-    while (result.endsWith('0'))
-        result.chop(1);
-    if (result.endsWith('.'))
-        result.chop(1);
+    QString const result =
+        QString::fromLatin1(text, static_cast<int>(end - text))
+            .remove(QRegularExpression("\\.?0+$")); // trailing zeros, and the point
     return result == "-0" ? "0" : result;
 }
 
