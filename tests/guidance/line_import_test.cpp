@@ -119,8 +119,6 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     float const nan = std::nanf("");
     curve("Bound", crv_file({{-9999999.0f, 0}, {-9999998.0f, 0}, {1, 1}, {0, nan}, {7, 8}}));
     curve("NaN", crv_file({{nan, 0}, {nan, nan}, {5, -9999999.0f}}));
-    make_dirs(field("Curves/Dir/Dir.crv", "Curves")); // a directory, not a file
-    put("Curves", "Curves/Dir/Dir.ini", "");
     put("Curves", "Curves/NoIni/NoIni.crv", crv_file({{0, 0}}));
     put("Curves", "Curves/NoCrv/NoCrv.ini", "");
     put("Curves", "ABLines/L/L.ini", ab_line(""));

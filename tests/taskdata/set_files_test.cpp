@@ -216,10 +216,6 @@ TEST_F(SetFiles, BrokenSetsAreRefusedWithAReasonAndLeaveAnEmptyTree) {
         {"external file naming another", external,
          "CTR00001.XML:1:30: an external file holds an XFR", "CTR00001.XML",
          "<XFC><XFR A='CTR00001' B='1'/></XFC>"},
-        {"deep nesting",
-         "<ISO11783_TaskData>" + QByteArray("<X>").repeated(200) +
-             QByteArray("</X>").repeated(200) + "</ISO11783_TaskData>",
-         "nested too deeply"},
         // The GUID list is kept as it is, so it must be well-formed to be kept.
         {"malformed GUID list", minimal_root + "/>",
          "GUIDLIST.XML:2:11: attribute name \"a\x7f\" of <G> is not an XML name", "GUIDLIST.XML",
