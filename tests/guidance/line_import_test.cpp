@@ -2,25 +2,23 @@
 // guidance group and pattern per line, found again by type and designator on
 // a loaded set, with the base stations of the run and the tramline values.
 #include "../taskdata/xml_summary.h"
-#include "test_support/test_support.h"
+#include "guidance_tree.h"
 
 #include <QMap>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 using namespace test_support;
 
 namespace {
 
-QByteArray const station_text = "{W84,N52D30M15.25S,E13D24M10.5S,34.5}";
-// The record that the display writes for a break in a curve.
-std::pair<float, float> const separator{std::numeric_limits<float>::lowest(),
-                                        std::numeric_limits<float>::lowest()};
+using guidance_tree::separator;
 
-QByteArray crv_file(std::vector<std::pair<float, float>> const& records) {
-    return point_file(52.5, 13.25, 0.0, records);
+QByteArray const station_text = "{W84,N52D30M15.25S,E13D24M10.5S,34.5}";
+
+QByteArray crv_file(std::vector<guidance_tree::Record> const& records) {
+    return guidance_tree::crv_file({52.5, 13.25, 0.0}, records);
 }
 
 QByteArray ab_line(QByteArray const& keys) {
