@@ -27,10 +27,6 @@ QString typed(int type, int identity) {
 
 class ProductImport : public DisplayTree {
 protected:
-    void add(QString const& kind, QString const& name, QString const& ini) const {
-        write(QString("%1/%2/%2.ini").arg(kind, name), ini.toUtf8());
-    }
-
     // A saved product or mixture as "type quantity | DDI group density |
     // presets and increment", "-" for what is not written.
     QString written(XmlElement product) const {
@@ -118,9 +114,9 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
     };
     for (Row const& row : products)
         if (!row.ini.isNull())
-            add("Products", row.name, row.ini);
+            write(QString("Products/%1/%1.ini").arg(row.name), row.ini.toUtf8());
     for (Row const& row : mixtures)
-        add("ProductMixtures", row.name, row.ini);
+        write(QString("ProductMixtures/%1/%1.ini").arg(row.name), row.ini.toUtf8());
     write("Products/Seed/Other.ini", "[Default]\nType=1\n");
     write("Products/not a directory.ini", "[Default]\nType=1\n");
     make_dirs(data("ProductMixtures/Forgotten"));
@@ -136,7 +132,7 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
                                        liquid.toString().toUtf8() + "'/><LNK A='PGP2' B='" +
                                        other.toUtf8() + "'/><LNK A='PDT1' B='" + uid(1).toUtf8() +
                                        "'/></LGP></ISO11783LinkList>");
-    add("Products", "Herbicide", typed(4, 1));
+    write("Products/Herbicide/Herbicide.ini", typed(4, 1).toUtf8());
     ToolRun const result = run({"-m", "-p"});
 
     EXPECT_EQ(QString::fromUtf8(result.err),

