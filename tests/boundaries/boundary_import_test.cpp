@@ -53,14 +53,6 @@ Lines groups(QList<XmlElement> const& saved) {
     return lines;
 }
 
-// A ring of `count` vertices 10 m apart, in metres east and south.
-QByteArray bdy(int count) {
-    std::vector<std::pair<float, float>> ring;
-    for (int i = 0; i < count; ++i)
-        ring.push_back({10.0f * static_cast<float>(i), static_cast<float>(i % 2) * 10.0f});
-    return point_file(52.0, 9.0, 100.0, ring);
-}
-
 // Three lines: one of three points, one of two parts (two points, one
 // point), one of four points.
 std::vector<Shape> const three_lines = {
@@ -90,9 +82,13 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     write_rings(in_order("Boundaries/0.v2"), 9.2, {{{}, "versioned"}});
     write_rings(in_order("Boundaries/0/FIELD.SHP"), 9.3, {{{}, "upper"}});
     QFile::rename(in_order("Boundaries/0/FIELD.SHP.shp"), in_order("Boundaries/0/FIELD.SHP"));
-    int vertices = 3; // each ring known by its size
-    for (char const* name : {"a.bdy", "M/y.bdy", "z.bdy", "x.BDY", "x.v2.bdy"})
-        write_file(in_order(QString("Boundaries/") + name), bdy(vertices++));
+    // Rings of 3 to 7 vertices 10 m apart (in metres east and south), each
+    // known by its size.
+    std::vector<std::pair<float, float>> ring = {{0, 0}, {10, 10}};
+    for (char const* name : {"a.bdy", "M/y.bdy", "z.bdy", "x.BDY", "x.v2.bdy"}) {
+        ring.push_back({10.0f * ring.size(), ring.size() % 2 * 10.0f});
+        write_file(in_order(QString("Boundaries/") + name), point_file(52.0, 9.0, 100.0, ring));
+    }
 
     // Rows: names, categories and kinds; zones are interior.
     auto in_rows = [this](QString const& path) { return field(path, "Rows"); };

@@ -12,12 +12,6 @@ namespace {
 
 class ClientImport : public DisplayTree {
 protected:
-    // Directories below data/Clients, given as "client/farm/field" paths.
-    void make_tree(QStringList const& paths) const {
-        for (QString const& path : paths)
-            make_dirs(data("Clients/" + path));
-    }
-
     // The saved customers, farms and fields in document order:
     // "CTR1 name; FRM1 CTR1 name; PFD1 CTR1 FRM1 name".
     QString levels() const {
@@ -37,8 +31,10 @@ TEST_F(ClientImport, ThreeLevelsBecomeLinkedElementsInListingOrderWithTheirFlags
     // Without -m a loaded set gets everything again.
     load("<CTR A=\"CTR1\" B=\"Old\"/><FRM A=\"FRM1\" B=\"Home\" I=\"CTR1\"/>"
          "<PFD A=\"PFD1\" C=\"North\" E=\"CTR1\" F=\"FRM1\"/>");
-    make_tree({"meyer/Home/South", "meyer/Home/north", "meyer/Away", " Spaced  name /Farm/Field",
-               "Agrar/Farm/Field", "No farms", "Old/Home/North"});
+    for (QString const path :
+         {"meyer/Home/South", "meyer/Home/north", "meyer/Away", " Spaced  name /Farm/Field",
+          "Agrar/Farm/Field", "No farms", "Old/Home/North"})
+        make_dirs(data("Clients/" + path));
     write("Clients/readme.txt", "x");
     write("Clients/meyer/Home/field.txt", "x");
     auto flags = [this](QString const& field, QString const& text) {
@@ -92,8 +88,9 @@ TEST_F(ClientImport, MergeReusesByExactNameUnderTheSameParents) {
          "<FRM A=\"FRM3\" B=\"Farm\" I=\"CTR4\"/>"
          "<PFD A=\"PFD1\" C=\"North\" E=\"CTR1\" F=\"FRM1\"/>"
          "<PFD A=\"PFD2\" C=\"South\" E=\"CTR2\" F=\"FRM1\"/>");
-    make_tree({"Meyer/Home/North", "Meyer/Home/South", "Meyer/Home/north", "Meyer/Away/East",
-               "Neu/Home/North", "Neu/Farm/Field"});
+    for (QString const path : {"Meyer/Home/North", "Meyer/Home/South", "Meyer/Home/north",
+                               "Meyer/Away/East", "Neu/Home/North", "Neu/Farm/Field"})
+        make_dirs(data("Clients/" + path));
     ToolRun const result = run({"-m", "-p"});
     EXPECT_TRUE(result.out.endsWith("P: 83%\n\nP: 100%\n\n")); // reused fields step too
 
