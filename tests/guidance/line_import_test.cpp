@@ -83,6 +83,11 @@ protected:
 
 // Fields of one tree, each for one behaviour, in one run.
 TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
+    auto curve = [this](QString const& name, QByteArray const& crv,
+                        QString const& field_name = "Curves", QByteArray const& ini = "") {
+        put(field_name, QString("Curves/%1/%1.ini").arg(name), ini);
+        put(field_name, QString("Curves/%1/%1.crv").arg(name), crv);
+    };
     // Basics: each kind with and without a base station.
     put("Basics", "ABLines/With/With.ini", ab_line(correction(5, station_text)));
     put("Basics", "ABLines/With/Tramline/Tramline.ini", "[Tramline]\nSpacing=24\n");
@@ -90,11 +95,9 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
         "State=2\n[APoint]\nLatitude=52.1\nLongitude=abc\n[BPoint]\nLatitude=52.2\n");
     // The form in which the display's settings class writes bytes; the same
     // text, so the same station.
-    put("Basics", "Curves/With/With.ini",
-        "CorrectionSource=5\n[BasePoint]\nPosition=\"@ByteArray(" + station_text + ")\"\n");
-    put("Basics", "Curves/With/With.crv", crv_file({{0, 0}, {0, 0}}));
-    put("Basics", "Curves/Other/Other.ini", correction(24, station_text));
-    put("Basics", "Curves/Other/Other.crv", crv_file({{0, 0}}));
+    curve("With", crv_file({{0, 0}, {0, 0}}), "Basics",
+          "CorrectionSource=5\n[BasePoint]\nPosition=\"@ByteArray(" + station_text + ")\"\n");
+    curve("Other", crv_file({{0, 0}}), "Basics", correction(24, station_text));
     put("Basics", "Pivots/With/With.ini",
         "InnerRadius=12.3456\n" + correction(23, station_text.toLower()) +
             "[Reference]\nLat=52\nLon=13\n");
@@ -102,10 +105,6 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
         "InnerRadius=-5\n" + correction(0, station_text) + "[Reference]\nLat=52\nLon=13\n");
 
     // Curves take their first segment and files without points are skipped.
-    auto curve = [this](QString const& name, QByteArray const& crv) {
-        put("Curves", QString("Curves/%1/%1.ini").arg(name), "");
-        put("Curves", QString("Curves/%1/%1.crv").arg(name), crv);
-    };
     curve("Start", crv_file({separator, {0, 0}, {10, 0}}));
     curve("Middle", crv_file({{0, 0}, {10, 0}, separator, {20, 0}, {30, 0}, {40, 0}}));
     curve("End", crv_file({{0, 0}, {10, 0}, {20, 0}, separator}));
@@ -129,8 +128,7 @@ TEST_F(GuidanceTree, EveryLineKindOfEveryFieldInOneRun) {
     put("Names", "ABLines/Renamed/Other.ini", ab_line(""));
     put("Names", "ABLines/file.ini", ab_line(""));
     // A curve of an AB line's name is a pattern of its own.
-    put("Names", "Curves/b/b.ini", "");
-    put("Names", "Curves/b/b.crv", crv_file({{0, 0}}));
+    curve("b", crv_file({{0, 0}}), "Names");
 
     // Pivots take their reference in either form.
     auto pivot = [this](QString const& name, QByteArray const& ini) {
