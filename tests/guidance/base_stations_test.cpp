@@ -6,16 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <tuple>
 
 using namespace TC::Task_data::Elements::Client;
 
 TEST(PositionText, GivesDegreesAndMetres) {
     double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
     double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
-    struct Case {
-        char const* text;
-        double latitude, longitude, height;
-    } const cases[] = {
+    // Text, latitude, longitude, height.
+    std::tuple<char const*, double, double, double> const cases[] = {
         {"{W84,N52D30M15.25S,E13D24M10.5S,34.5}", example_latitude, example_longitude, 34.5},
         {"{w84,n52d30m15.25s,e13d24m10.5s,34.5}", example_latitude, example_longitude, 34.5},
         // Braces anywhere, fields after the fourth ignored.
@@ -32,13 +31,13 @@ TEST(PositionText, GivesDegreesAndMetres) {
         {"{W84,N52D30M0S,E13D0M0S,}", 52.5, 13.0, 0.0},
         {"{W84,N52D30M0S,E13D0M0S,high}", 52.5, 13.0, 0.0},
     };
-    for (Case const& c : cases) {
-        GeoPosition const position = parse_geo_position(c.text);
-        EXPECT_TRUE(position.valid) << c.text;
+    for (auto const& [text, latitude, longitude, height] : cases) {
+        GeoPosition const position = parse_geo_position(text);
+        EXPECT_TRUE(position.valid) << text;
         GeoPoint const point = geo_position_point(position);
-        EXPECT_DOUBLE_EQ(point.latitude, c.latitude) << c.text;
-        EXPECT_DOUBLE_EQ(point.longitude, c.longitude) << c.text;
-        EXPECT_DOUBLE_EQ(point.height, c.height) << c.text;
+        EXPECT_DOUBLE_EQ(point.latitude, latitude) << text;
+        EXPECT_DOUBLE_EQ(point.longitude, longitude) << text;
+        EXPECT_DOUBLE_EQ(point.height, height) << text;
     }
     // Broken shapes are invalid and at 0, 0, 0.
     for (char const* text :

@@ -11,6 +11,7 @@
 #include <QDir>
 
 #include <functional>
+#include <tuple>
 
 using namespace TC::Task_data;
 using namespace TC::Task_data::Elements::Client;
@@ -122,12 +123,8 @@ TEST_F(SetFiles, SamplesOfOtherSoftwareComeBackUnchanged) {
 // Sets that load, and what must hold of them and of the set saved again.
 TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
     QString const in = dir("in"), out = dir("out");
-    struct Case {
-        char const* what;
-        Files files;
-        std::function<void()> check;
-    };
-    Case const cases[] = {
+    // What, the files of the set, what must hold of it and of the set saved.
+    std::tuple<char const*, Files, std::function<void()>> const cases[] = {
         {"points of every form across long files",
          {{"TASKDATA.XML", points_of_every_form()}},
          [&] {
@@ -178,13 +175,13 @@ TEST_F(SetFiles, LoadedSetsAreWrittenBackAsTheyWere) {
                        QUuid("{a1a2a3a4-b1b2-c1c2-d1d2-d3d4d5d6d7d8}"));
          }},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.what);
-        for (auto const& [name, content] : c.files)
+    for (auto const& [what, files, check] : cases) {
+        SCOPED_TRACE(what);
+        for (auto const& [name, content] : files)
             write_file(in + '/' + name, content);
         ASSERT_EQ(load(in), "");
         EXPECT_EQ(save(out), "");
-        c.check();
+        check();
     }
 }
 
