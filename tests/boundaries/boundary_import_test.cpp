@@ -1,184 +1,195 @@
-// A field's boundaries as the tool writes them: which files below Boundaries
-// and Zones are read and in which order, what their rows become, the area,
-// the replacement of an earlier run's rings, and damaged input.
+// A field's boundaries and lines as the tool writes them: which files below
+// Boundaries and Zones are read and in which order, what their rows become,
+// the area, the replacement of an earlier run's rings, damaged input, and the
+// guidance groups of project and optimal lines.
+#include "../taskdata/xml_summary.h"
 #include "field_tree.h"
 
-#include <QFile>
-#include <QUuid>
+#include <QDir>
 
 #include <cmath>
 
-using namespace shape_writer;
 using namespace test_support;
 
 namespace {
 
-// One saved polygon and its line string: designator, the line string's type,
-// enabled flag, category and number of points.
-std::string polygon_line(XmlElement const& polygon) {
-    QList<XmlElement> const linestrings = polygon.all(QStringLiteral("LSG"));
-    std::string line = summary(polygon, {"A", "B", "D"});
-    for (XmlElement const& linestring : linestrings)
-        line += " | " + summary(linestring, {"A", "B", "P231_enabled", "P231_category"}) +
-                " points=" + std::to_string(linestring.all(QStringLiteral("PNT")).size());
-    return line;
-}
-
-Lines polygon_lines(QList<XmlElement> const& polygons) {
+// A saved polygon as "'designator' type/line type colour enabled 'category'
+// points", "-" for what is not there, and the line string's designator
+// where it differs.
+Lines rings(QList<XmlElement> const& polygons) {
     Lines lines;
-    for (XmlElement const& polygon : polygons)
-        lines.push_back(polygon_line(polygon));
+    for (XmlElement const& polygon : polygons) {
+        XmlElement const line = polygon.all("LSG").value(0);
+        auto value = [](XmlElement const& element, char const* name) {
+            return element.has_attribute(name) ? element.attribute(name) : "-";
+        };
+        QString text =
+            QStringList({"'" + polygon.attribute("B") + "'",
+                         polygon.attribute("A") + '/' + line.attribute("A"), value(polygon, "D"),
+                         value(line, "P231_enabled"), "'" + value(line, "P231_category") + "'",
+                         QString::number(line.all("PNT").size())})
+                .join(' ');
+        if (line.attribute("B") != polygon.attribute("B"))
+            text += " line " + value(line, "B");
+        lines.push_back(text.toStdString());
+    }
     return lines;
 }
 
-unsigned long area_of(XmlElement const& polygon) {
-    return polygon.attribute(QStringLiteral("C")).toULong();
-}
-
-// A boundary shapefile whose rows are only named.
-void write_named_rings(QString const& base, QStringList const& names, double x) {
-    std::vector<Shape> shapes;
-    std::vector<std::vector<QVariant>> rows;
-    for (QString const& name : names) {
-        shapes.push_back({rectangle(x, 52.0, 0.001, 0.001)});
-        rows.push_back({QVariant(), name, QVariant(), QVariant()});
-        x += 0.01;
+// A group as "ID name", then each of its patterns as "ID B C E F" with its
+// line string's type and the types of its points.
+Lines groups(QList<XmlElement> const& saved) {
+    Lines lines;
+    for (XmlElement const& group : saved) {
+        lines.push_back((group.attribute("A") + ' ' + group.attribute("B")).toStdString());
+        for (XmlElement const& pattern : group.all("GPN")) {
+            QString line = "  " + summary({pattern}, {"A", "B", "C", "E", "F"}).join("");
+            for (XmlElement const& linestring : pattern.all("LSG"))
+                line += " | " + linestring.attribute("A") + ": " +
+                        summary(linestring.all("PNT"), {"A"}).join(' ');
+            lines.push_back(line.toStdString());
+        }
     }
-    write_shapes(base, SHPT_POLYGON, shapes);
-    write_table(base + QStringLiteral(".dbf"), boundary_columns(), rows);
+    return lines;
 }
 
-// A ring of `count` vertices 10 m apart, in metres east and south.
-std::vector<std::pair<float, float>> vertices(int count) {
-    std::vector<std::pair<float, float>> result;
-    for (int i = 0; i < count; ++i)
-        result.push_back({10.0f * static_cast<float>(i), static_cast<float>(i % 2) * 10.0f});
-    return result;
-}
+// Three lines: one of three points, one of two parts (two points, one
+// point), one of four points.
+std::vector<Shape> const three_lines = {
+    {{{9.0, 52.0}, {9.001, 52.001}, {9.002, 52.0}}},
+    {{{9.1, 52.1}, {9.101, 52.1}}, {{9.2, 52.2}}},
+    {{{9.3, 52.3}, {9.301, 52.3}, {9.302, 52.3}, {9.303, 52.3}}}};
 
-void write_bdy(QString const& path, std::vector<std::pair<float, float>> const& ring) {
-    write_file(path, point_file(52.0, 9.0, 100.0, ring));
-}
-
-using BoundaryImport = FieldTree;
+class BoundaryImport : public DisplayTree {
+protected:
+    using DisplayTree::saved;
+    // The saved elements of that tag in the saved field of that name.
+    QList<XmlElement> saved(QString const& tag, QString const& name) const {
+        return saved("PFD", "C", name).value(0).all(tag);
+    }
+};
 
 } // namespace
 
-TEST_F(BoundaryImport, OneShapefileThenEveryBdyInWalkOrderByExactSuffix) {
-    // Only the first shapefile counts, and the walk ignores case: A before b.
-    write_named_rings(field("Boundaries/b/second"), {"second"}, 9.0);
-    write_named_rings(field("Boundaries/A/first"), {"first-1", "first-2"}, 9.1);
-    // Would come first, but their suffixes are "v2.shp" and "SHP".
-    write_named_rings(field("Boundaries/0.v2"), {"versioned"}, 9.2);
-    write_named_rings(field("Boundaries/0/FIELD.SHP"), {"upper"}, 9.3);
-    QFile::rename(field("Boundaries/0/FIELD.SHP.shp"), field("Boundaries/0/FIELD.SHP"));
-    write_bdy(field("Boundaries/z.bdy"), vertices(5));
-    write_bdy(field("Boundaries/M/y.bdy"), vertices(4));
-    write_bdy(field("Boundaries/a.bdy"), vertices(3));
-    write_bdy(field("Boundaries/x.BDY"), vertices(6));
-    write_bdy(field("Boundaries/x.v2.bdy"), vertices(7));
-    run();
+// Fields of one tree, each for one behaviour, in one run.
+TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
+    // Order: only the first shapefile counts, and the walk ignores case: A
+    // before b. "0.v2" and "FIELD.SHP" would come first, but their suffixes
+    // are "v2.shp" and "SHP"; so are those of the last two .bdy files.
+    auto in_order = [this](QString const& path) { return field(path, "Order"); };
+    write_rings(in_order("Boundaries/b/second"), 9.0, {{{}, "second"}});
+    write_rings(in_order("Boundaries/A/first"), 9.1, {{{}, "first-1"}, {{}, "first-2"}});
+    write_rings(in_order("Boundaries/0.v2"), 9.2, {{{}, "versioned"}});
+    write_rings(in_order("Boundaries/0/FIELD.SHP"), 9.3, {{{}, "upper"}});
+    QFile::rename(in_order("Boundaries/0/FIELD.SHP.shp"), in_order("Boundaries/0/FIELD.SHP"));
+    // Rings of 3 to 7 vertices 10 m apart (in metres east and south), each
+    // known by its size.
+    std::vector<std::pair<float, float>> ring = {{0, 0}, {10, 10}};
+    for (char const* name : {"a.bdy", "M/y.bdy", "z.bdy", "x.BDY", "x.v2.bdy"}) {
+        ring.push_back({10.0f * ring.size(), ring.size() % 2 * 10.0f});
+        write_file(in_order(QString("Boundaries/") + name), point_file(52.0, 9.0, 100.0, ring));
+    }
+
+    // Rows: names, categories and kinds; zones are interior.
+    auto in_rows = [this](QString const& path) { return field(path, "Rows"); };
+    write_rings(in_rows("Boundaries/field"), 9.0,
+                {{"Outer", "r0", 1, 0},
+                 {"Wet", "r1", 0, 1},
+                 {"Off", "r2", 1, 2},
+                 {{}, "Grünland", -1, 3},
+                 {"X", "r7", 0, 7}},
+                6); // the sixth ring has no row
+    write_rings(in_rows("Zones/wet"), 9.5, {{"Pond", "z3", 1, 3}});
+    write_rings(in_rows("Zones/sub/more"), 9.6, {{"", "z2", 0, 2}, {"", "z0", 0, 0}});
+    write_rings(in_rows("Zones/skip.v2"), 9.8, {{{}, "skipped"}});
+    // Columns of other kinds keep the defaults: Type as a number gives no
+    // category; Treatment with decimals goes toward zero, so 2.9 is 2
+    // (disabled) and -2.9 is -2 (exterior). Rings with heights are rings,
+    // and a null shape takes its row along.
+    write_shapes(field("Boundaries/k", "Kinds"), SHPT_POLYGONZ,
+                 {{}, {rectangle(9.0, 52.0, 0.001, 0.001)}, {rectangle(9.1, 52.0, 0.001, 0.001)}});
+    write_table(
+        field("Boundaries/k.dbf", "Kinds"),
+        {{"Type", FTInteger, 4, 0}, {"Name", FTString, 10, 0}, {"Treatment", FTDouble, 8, 1}},
+        {{5, "null", 0}, {5, "a", 2.9}, {5, "b", -2.9}});
+
+    // Area: 100 m by 200 m in the local plane of a .bdy and 0.002 by 0.001
+    // degrees at 52 degrees north, both ways round; on one line; two points.
+    std::vector<std::pair<float, float>> metres = {{0, 0}, {100, 0}, {100, 200}, {0, 200}};
+    write_file(field("Boundaries/1.bdy", "Area"), point_file(52.0, 9.0, 100.0, metres));
+    std::reverse(metres.begin(), metres.end());
+    write_file(field("Boundaries/2.bdy", "Area"), point_file(52.0, 9.0, 100.0, metres));
+    write_file(field("Boundaries/3.bdy", "Area"),
+               point_file(52.0, 9.0, 100.0, {{0, 0}, {50, 50}, {100, 100}}));
+    write_file(field("Boundaries/4.bdy", "Area"), point_file(52.0, 9.0, 100.0, {{0, 0}, {50, 50}}));
+    write_shapes(
+        field("Boundaries/deg", "Area"), SHPT_POLYGON,
+        {{rectangle(9.0, 52.0, 0.002, 0.001)}, {rectangle(9.0, 52.0, 0.002, 0.001, true)}});
+
+    // Lines: one pattern per project line file, one per optimal line; only
+    // polylines count, and unreadable files leave an empty group.
+    auto in_lines = [this](QString const& path) { return field(path, "Lines"); };
+    for (char const* path : {"ProjectLines/Set/Set", "OptimalLines/Set/Set",
+                             "ProjectLines/named/other", "OptimalLines/broken/broken"})
+        write_shapes(in_lines(path), SHPT_ARC, three_lines);
+    make_dirs(in_lines("ProjectLines/Empty"));
+    write_shapes(in_lines("ProjectLines/Points/Points"), SHPT_POINT, {{{{9.0, 52.0}}}});
+    write_shapes(in_lines("OptimalLines/Points/Points"), SHPT_POINT, {{{{9.0, 52.0}}}});
+    write_shapes(in_lines("OptimalLines/Polygons/Polygons"), SHPT_POLYGON,
+                 {{rectangle(9.0, 52.0, 0.001, 0.001)}});
+    write_shapes(in_lines("OptimalLines/z/z"), SHPT_ARCZ, three_lines);
+    write_shapes(in_lines("OptimalLines/m/m"), SHPT_ARCM, three_lines);
+    write_file(in_lines("OptimalLines/broken/broken.shp"), QByteArray(300, '\x01'));
+    ToolRun const result = run();
+    expect_valid_set();
+
+    // shapelib's own complaints come too.
+    QString const lines = QDir(in_lines("")).absolutePath();
+    for (char const* path : {"ProjectLines/Empty/Empty.shp", "ProjectLines/named/named.shp",
+                             "OptimalLines/broken/broken.shp"})
+        EXPECT_TRUE(
+            result.err.contains(QString("W: could not open \"%1/%2\"\n").arg(lines, path).toUtf8()))
+            << result.err.constData();
+    EXPECT_EQ(result.err.count("W: "), 3);
 
     // Every ring is closed: the first point comes again at the end.
-    EXPECT_EQ(polygon_lines(saved("PLN")),
-              Lines({"PLN A=1 B=first-1 D=9 | LSG A=1 B=first-1 P231_enabled=1 P231_category= "
-                     "points=5",
-                     "PLN A=1 B=first-2 D=9 | LSG A=1 B=first-2 P231_enabled=1 P231_category= "
-                     "points=5",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=4",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=5",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=6"}));
-    expect_valid_set();
-}
+    EXPECT_EQ(rings(saved("PLN", "Order")),
+              Lines({"'first-1' 1/1 9 1 '' 5", "'first-2' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 4",
+                     "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 6"}));
+    EXPECT_EQ(rings(saved("PLN", "Rows")),
+              Lines({"'r0' 1/1 9 1 'Outer' 5", "'r1' 1/2 9 1 'Wet' 5",
+                     "'r2' 1/1 9 0 'Off' 5", // a disabled ring keeps the type it was made with
+                     "'Grünland' 1/1 9 1 '' 5", "'r7' 1/1 9 1 'X' 5", "'' 1/1 9 1 '' 5",
+                     // Zones in walk order: sub/more before wet.
+                     "'z2' 1/2 9 1 '' 5", "'z0' 1/2 9 1 '' 5", "'z3' 1/2 9 1 'Pond' 5"}));
+    EXPECT_EQ(rings(saved("PLN", "Kinds")), Lines({"'a' 1/1 9 0 '' 5", "'b' 1/1 9 1 '' 5"}));
 
-TEST_F(BoundaryImport, RowsGiveNamesCategoriesAndKindsZonesAreInterior) {
-    std::vector<Shape> rings;
-    for (int i = 0; i < 6; ++i)
-        rings.push_back({rectangle(9.0 + 0.01 * i, 52.0, 0.001, 0.001)});
-    write_shapes(field("Boundaries/field"), SHPT_POLYGON, rings);
-    write_table(field("Boundaries/field.dbf"), boundary_columns(),
-                {{QStringLiteral("Outer"), QStringLiteral("r0"), 1, 0},
-                 {QStringLiteral("Wet"), QStringLiteral("r1"), 0, 1},
-                 {QStringLiteral("Off"), QStringLiteral("r2"), 1, 2},
-                 {QVariant(), QStringLiteral("Grünland"), -1, 3},
-                 {QStringLiteral("X"), QStringLiteral("r7"), 0, 7}});
-    // The sixth ring has no row.
-
-    write_shapes(field("Zones/wet"), SHPT_POLYGON, {{rectangle(9.5, 52.0, 0.001, 0.001)}});
-    write_table(field("Zones/wet.dbf"), boundary_columns(),
-                {{QStringLiteral("Pond"), QStringLiteral("z3"), 1, 3}});
-    write_shapes(field("Zones/sub/more"), SHPT_POLYGON,
-                 {{rectangle(9.6, 52.0, 0.001, 0.001)}, {rectangle(9.7, 52.0, 0.001, 0.001)}});
-    write_table(field("Zones/sub/more.dbf"), boundary_columns(),
-                {{QString(), QStringLiteral("z2"), 0, 2}, {QString(), QStringLiteral("z0"), 0, 0}});
-    write_named_rings(field("Zones/skip.v2"), {"skipped"}, 9.8);
-    run();
-
-    EXPECT_EQ(
-        polygon_lines(saved("PLN")),
-        Lines({"PLN A=1 B=r0 D=9 | LSG A=1 B=r0 P231_enabled=1 P231_category=Outer points=5",
-               "PLN A=1 B=r1 D=9 | LSG A=2 B=r1 P231_enabled=1 P231_category=Wet points=5",
-               // A disabled ring keeps the type it was made with.
-               "PLN A=1 B=r2 D=9 | LSG A=1 B=r2 P231_enabled=0 P231_category=Off points=5",
-               "PLN A=1 B=Grünland D=9 | LSG A=1 B=Grünland P231_enabled=1 P231_category= points=5",
-               "PLN A=1 B=r7 D=9 | LSG A=1 B=r7 P231_enabled=1 P231_category=X points=5",
-               "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=5",
-               // Zones in walk order: sub/more before wet.
-               "PLN A=1 B=z2 D=9 | LSG A=2 B=z2 P231_enabled=1 P231_category= points=5",
-               "PLN A=1 B=z0 D=9 | LSG A=2 B=z0 P231_enabled=1 P231_category= points=5",
-               "PLN A=1 B=z3 D=9 | LSG A=2 B=z3 P231_enabled=1 P231_category=Pond points=5"}));
-    expect_valid_set();
-}
-
-TEST_F(BoundaryImport, ColumnsOfOtherKindsKeepTheirDefaults) {
-    write_shapes(field("Boundaries/k"), SHPT_POLYGON,
-                 {{rectangle(9.0, 52.0, 0.001, 0.001)}, {rectangle(9.1, 52.0, 0.001, 0.001)}});
-    // Type as a number: no category. Treatment with decimals: toward zero,
-    // so 2.9 is 2 (disabled) and -2.9 is -2 (exterior).
-    write_table(
-        field("Boundaries/k.dbf"),
-        {{"Type", FTInteger, 4, 0}, {"Name", FTString, 10, 0}, {"Treatment", FTDouble, 8, 1}},
-        {{5, QStringLiteral("a"), 2.9}, {5, QStringLiteral("b"), -2.9}});
-    run();
-    EXPECT_EQ(polygon_lines(saved("PLN")),
-              Lines({"PLN A=1 B=a D=9 | LSG A=1 B=a P231_enabled=0 P231_category= points=5",
-                     "PLN A=1 B=b D=9 | LSG A=1 B=b P231_enabled=1 P231_category= points=5"}));
-}
-
-TEST_F(BoundaryImport, AreaInWholeSquareMetresEitherWayRound) {
-    // 100 m by 200 m in the local plane of the .bdy, both ways round.
-    std::vector<std::pair<float, float>> rectangle_metres = {
-        {0, 0}, {100, 0}, {100, 200}, {0, 200}};
-    write_bdy(field("Boundaries/1.bdy"), rectangle_metres);
-    std::reverse(rectangle_metres.begin(), rectangle_metres.end());
-    write_bdy(field("Boundaries/2.bdy"), rectangle_metres);
-    write_bdy(field("Boundaries/3.bdy"), {{0, 0}, {50, 50}, {100, 100}}); // on one line
-    write_bdy(field("Boundaries/4.bdy"), {{0, 0}, {50, 50}});             // two points
-    // 0.002 by 0.001 degrees at 52 degrees north, both ways round.
-    write_shapes(
-        field("Boundaries/deg"), SHPT_POLYGON,
-        {{rectangle(9.0, 52.0, 0.002, 0.001)}, {rectangle(9.0, 52.0, 0.002, 0.001, true)}});
-    run();
-
-    QList<XmlElement> const polygons = saved("PLN");
-    ASSERT_EQ(polygons.size(), 6);
+    // Areas in whole square metres, either way round; the ring of two points
+    // is kept, and closed.
+    QStringList const areas = summary(saved("PLN", "Area"), {"C"});
     // The degree rectangle, from the ellipsoid's radii of curvature.
-    double const a = 6378137.0;
-    double const e2 = 0.0066943799901413165;
-    double const radian = 0.017453292519943295;
+    double const a = 6378137.0, e2 = 0.0066943799901413165, radian = 0.017453292519943295;
     double const latitude = 52.0005 * radian;
     double const w = 1.0 - e2 * std::sin(latitude) * std::sin(latitude);
     double const expected = (a * (1.0 - e2) / std::pow(w, 1.5) * 0.001 * radian) *
                             (a / std::sqrt(w) * std::cos(latitude) * 0.002 * radian);
-    EXPECT_NEAR(static_cast<double>(area_of(polygons[0])), expected, expected * 1e-4);
-    EXPECT_EQ(area_of(polygons[1]), area_of(polygons[0]));
+    EXPECT_NEAR(areas.value(0).toDouble(), expected, expected * 1e-4);
+    EXPECT_NEAR(areas.value(2).toDouble(), 19999.5, 0.5);
+    EXPECT_EQ(areas, QStringList({areas.value(0), areas.value(0), areas.value(2), areas.value(2),
+                                  "0", "0"}));
+    EXPECT_EQ(saved("PLN", "Area").value(5).all("PNT").size(), 3);
 
-    EXPECT_GE(area_of(polygons[2]), 19999u);
-    EXPECT_LE(area_of(polygons[2]), 20000u);
-    EXPECT_EQ(area_of(polygons[3]), area_of(polygons[2]));
-    EXPECT_EQ(area_of(polygons[4]), 0u);
-    EXPECT_EQ(area_of(polygons[5]), 0u);
-    EXPECT_EQ(polygons[5].all(QStringLiteral("PNT")).size(), 3); // kept, and closed
+    // Groups by name in the order of listing, ignoring case; degrees as they
+    // stand: x east, y north.
+    QList<XmlElement> const saved_groups = saved("GGP", "Lines");
+    EXPECT_EQ(groups(saved_groups),
+              Lines({"GGP1 Empty", "GGP2 named", "GGP3 Points", "  GPN1 - 3 4 4", "GGP4 Set",
+                     "  GPN2 - 3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP5 broken", "GGP6 m",
+                     "GGP7 Points", "GGP8 Polygons", "GGP9 Set", "  GPN3 - 3 1 1 | 5: 6 9 7",
+                     "  GPN4 - 3 1 1 | 5: 6 7 6", "  GPN5 - 3 1 1 | 5: 6 9 9 7", "GGP10 z"}));
+    XmlElement const second = saved_groups.value(8).all("PNT").value(1);
+    EXPECT_EQ(second.attribute("C"), "52.001");
+    EXPECT_EQ(second.attribute("D"), "9.001");
 }
 
 TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
@@ -192,85 +203,65 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
                     "><PNT A=\"2\" C=\"52\" D=\"9\"/></LSG>";
         return text + "</PLN>";
     };
-    write("taskdata/TASKDATA.XML",
-          "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\">"
-          "<CTR A=\"CTR1\" B=\"Client\"/><FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/>"
-          "<PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">" +
-              polygon("1", "old", {"LSG1"}) + polygon("1", "kept-null", {"LSG2", "-"}) +
-              polygon("1", "empty", {}) + polygon("2", "other type", {"LSG4"}) +
-              polygon("1", "kept-twin", {"LSG5"}) + polygon("1", "twin", {"LSG6"}) +
-              "</PFD></ISO11783_TaskData>");
-    QString const uuid4 = QStringLiteral("{44444444-4444-4444-8444-444444444444}");
+    load("<CTR A=\"CTR1\" B=\"Client\"/><FRM A=\"FRM1\" B=\"Farm\" I=\"CTR1\"/>"
+         "<PFD A=\"PFD1\" C=\"Field\" E=\"CTR1\" F=\"FRM1\">" +
+         polygon("1", "old", {"LSG1"}) + polygon("1", "kept-null", {"LSG2", "-"}) +
+         polygon("1", "empty", {}) + polygon("2", "other type", {"LSG4"}) +
+         polygon("1", "kept-twin", {"LSG5"}) + polygon("1", "twin", {"LSG6"}) + "</PFD>");
+    // The identity of LSGn is {nnnnnnnn-nnnn-4nnn-8nnn-nnnnnnnnnnnn}, but
+    // LSG6 has that of LSG5.
+    auto uuid = [](char n) {
+        return QByteArray("{########-####-4###-8###-############}").replace('#', QByteArray(1, n));
+    };
     QByteArray links;
-    for (auto const& [id, uuid] : {std::pair{"LSG1", "{11111111-1111-4111-8111-111111111111}"},
-                                   {"LSG2", "{22222222-2222-4222-8222-222222222222}"},
-                                   {"LSG4", "{44444444-4444-4444-8444-444444444444}"},
-                                   {"LSG5", "{55555555-5555-4555-8555-555555555555}"},
-                                   {"LSG6", "{55555555-5555-4555-8555-555555555555}"}})
-        links += QByteArray("<LNK A=\"") + id + "\" B=\"" + uuid + "\"/>";
+    for (char const* id : {"LSG1", "LSG2", "LSG4", "LSG5", "LSG6"})
+        links += QByteArray("<LNK A=\"") + id + "\" B=\"" + uuid(qMin(id[3], '5')) + "\"/>";
     write("taskdata/LINKLIST.XML",
           "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\" DataTransferOrigin=\"1\" "
           "ManagementSoftwareManufacturer=\"x\" ManagementSoftwareVersion=\"1\">"
           "<LGP A=\"LGP1\" B=\"1\">" +
               links + "</LGP></ISO11783LinkList>");
-    write_named_rings(field("Boundaries/b"), {"new-1", "new-2"}, 9.0);
+    write_rings(field("Boundaries/b"), 9.0, {{{}, "new-1"}, {{}, "new-2"}});
     run({"-m"});
 
-    Lines expected = {
-        "PLN A=1 B=kept-null D- | LSG A=1 B- P231_enabled- P231_category- points=1",
-        "PLN A=2 B=other type D- | LSG A=1 B- P231_enabled- P231_category- points=1",
-        // Of two line strings with one identity only the later goes.
-        "PLN A=1 B=kept-twin D- | LSG A=1 B- P231_enabled- P231_category- points=1",
-        "PLN A=1 B=new-1 D=9 | LSG A=1 B=new-1 P231_enabled=1 P231_category= points=5",
-        "PLN A=1 B=new-2 D=9 | LSG A=1 B=new-2 P231_enabled=1 P231_category= points=5"};
-    EXPECT_EQ(polygon_lines(saved("PLN")), expected);
+    Lines expected = {"'kept-null' 1/1 - - '-' 1 line -", "'other type' 2/1 - - '-' 1 line -",
+                      // Of two line strings with one identity only the later goes.
+                      "'kept-twin' 1/1 - - '-' 1 line -", "'new-1' 1/1 9 1 '' 5",
+                      "'new-2' 1/1 9 1 '' 5"};
+    EXPECT_EQ(rings(saved("PLN", "Field")), expected);
     expect_valid_set();
 
     // A second run on the first one's set replaces its rings, with new
     // identities; the twin's identity is now alone, so its ring goes too.
-    auto link_uuids = [this] {
-        QStringList found;
-        for (XmlElement const& link :
-             read_xml(scratch.file("out/LINKLIST.XML")).all(QStringLiteral("LNK")))
-            found << QUuid(link.attribute(QStringLiteral("B"))).toString();
-        return found;
-    };
-    QStringList const first = link_uuids();
+    QList<QUuid> const first = identities().values();
     EXPECT_EQ(first.size(), 4);
     load_saved();
     run({"-m"});
     expected.erase(expected.begin() + 2);
-    EXPECT_EQ(polygon_lines(saved("PLN")), expected);
-    QStringList const second = link_uuids();
+    EXPECT_EQ(rings(saved("PLN", "Field")), expected);
+    QStringList const second =
+        summary(read_xml(scratch.file("out/LINKLIST.XML")).all("LNK"), {"B"});
     ASSERT_EQ(second.size(), 3);
-    EXPECT_EQ(second[0], uuid4);
-    EXPECT_FALSE(first.contains(second[1]));
-    EXPECT_FALSE(first.contains(second[2]));
+    EXPECT_EQ(QUuid(second[0]), QUuid(uuid('4')));
+    EXPECT_FALSE(first.contains(QUuid(second[1])) || first.contains(QUuid(second[2])));
 }
 
 TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
-    QByteArray const whole = point_file(52.0, 9.0, 0.0, vertices(3));
+    QByteArray const whole = point_file(52.0, 9.0, 0.0, {{0, 0}, {10, 10}, {20, 0}});
     write_file(field("Boundaries/1-short.bdy"), whole.left(10));
     write_file(field("Boundaries/2-centre-only.bdy"), whole.left(40));
     write_file(field("Boundaries/3-no-vertices.bdy"), whole.left(64));
     write_file(field("Boundaries/4-half.bdy"), whole.left(whole.size() - 4)); // 2.5 vertices
-    QByteArray not_numbers = point_file(52.0, 9.0, 0.0, vertices(3));
-    not_numbers.append(QByteArray(8, '\xff')); // a NaN vertex
-    write_file(field("Boundaries/5-nan.bdy"), not_numbers);
+    write_file(field("Boundaries/5-nan.bdy"), whole + QByteArray(8, '\xff')); // a NaN vertex
     // A ring of two points goes; the table ends within its third row.
     write_shapes(field("Boundaries/shapes"), SHPT_POLYGON,
                  {{{{9.0, 52.0}, {9.001, 52.0}}},
                   {rectangle(9.0, 52.0, 0.001, 0.001)},
                   {rectangle(9.1, 52.0, 0.001, 0.001)}});
     write_table(field("Boundaries/shapes.dbf"), boundary_columns(),
-                {{QStringLiteral("a"), QStringLiteral("row0"), 0, 1},
-                 {QStringLiteral("b"), QStringLiteral("row1"), 0, 1},
-                 {QStringLiteral("c"), QStringLiteral("row2"), 0, 1}});
+                {{"a", "row0", 0, 1}, {"b", "row1", 0, 1}, {"c", "row2", 0, 1}});
     QByteArray const table = read_file(field("Boundaries/shapes.dbf"));
     write_file(field("Boundaries/shapes.dbf"), table.left(table.size() - 1 - 30)); // in row 2
-    // A link back up: the walk must end.
-    make_dirs(field("Boundaries/loop"));
-    ASSERT_TRUE(QFile::link(field("Boundaries"), field("Boundaries/loop/back")));
     // Zones: garbage, a shapefile without its index, and one good ring.
     write_file(field("Zones/a.shp"), QByteArray(500, '\x42'));
     write_shapes(field("Zones/b"), SHPT_POLYGON, {{rectangle(9.2, 52.0, 0.001, 0.001)}});
@@ -280,14 +271,9 @@ TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
     write_file(field("flagpoints.ini"), "0\n1\n52.1\n9.1\n4\nStone\n");
     run();
 
-    EXPECT_EQ(polygon_lines(saved("PLN")),
-              Lines({"PLN A=1 B=row1 D=9 | LSG A=2 B=row1 P231_enabled=1 P231_category=b points=5",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=5",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=0",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=0",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=0",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=3",
-                     "PLN A=1 B= D=9 | LSG A=1 B= P231_enabled=1 P231_category= points=4",
-                     "PLN A=1 B= D=9 | LSG A=2 B= P231_enabled=1 P231_category= points=5"}));
-    EXPECT_EQ(saved("PNT").size(), 1);
+    EXPECT_EQ(
+        rings(saved("PLN", "Field")),
+        Lines({"'row1' 1/2 9 1 'b' 5", "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 0",
+               "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 3", "'' 1/1 9 1 '' 4", "'' 1/2 9 1 '' 5"}));
+    EXPECT_EQ(DisplayTree::saved("PNT", "B", "Stone").size(), 1);
 }

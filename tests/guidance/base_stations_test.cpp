@@ -6,45 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <tuple>
 
 using namespace TC::Task_data::Elements::Client;
 
-namespace {
-
-GeoPoint point_of(QByteArray const& text) {
-    return geo_position_point(parse_geo_position(text));
-}
-
-double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
-double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
-
-class StationTable : public ::testing::Test {
-protected:
-    StationTable() { owner.create(); }
-
-    Base_station station(int source, QByteArray const& text) {
-        return find_or_create_base_station(source, text, table, owner.get_client_root());
-    }
-
-    int count() const { return owner.get_client_root().base_stations().count(); }
-
-    static int up(Base_station const& station) {
-        int value = -1;
-        station.up().get(value);
-        return value;
-    }
-
-    Element_man owner;
-    BaseStationTable table;
-};
-
-} // namespace
-
 TEST(PositionText, GivesDegreesAndMetres) {
-    struct Case {
-        char const* text;
-        double latitude, longitude, height;
-    } const cases[] = {
+    double const example_latitude = 52.0 + 30.0 / 60.0 + 15.25 / 3600.0;
+    double const example_longitude = 13.0 + 24.0 / 60.0 + 10.5 / 3600.0;
+    // Text, latitude, longitude, height.
+    std::tuple<char const*, double, double, double> const cases[] = {
         {"{W84,N52D30M15.25S,E13D24M10.5S,34.5}", example_latitude, example_longitude, 34.5},
         {"{w84,n52d30m15.25s,e13d24m10.5s,34.5}", example_latitude, example_longitude, 34.5},
         // Braces anywhere, fields after the fourth ignored.
@@ -61,43 +31,48 @@ TEST(PositionText, GivesDegreesAndMetres) {
         {"{W84,N52D30M0S,E13D0M0S,}", 52.5, 13.0, 0.0},
         {"{W84,N52D30M0S,E13D0M0S,high}", 52.5, 13.0, 0.0},
     };
-    for (Case const& c : cases) {
-        GeoPoint const point = point_of(c.text);
-        EXPECT_DOUBLE_EQ(point.latitude, c.latitude) << c.text;
-        EXPECT_DOUBLE_EQ(point.longitude, c.longitude) << c.text;
-        EXPECT_DOUBLE_EQ(point.height, c.height) << c.text;
+    for (auto const& [text, latitude, longitude, height] : cases) {
+        GeoPosition const position = parse_geo_position(text);
+        EXPECT_TRUE(position.valid) << text;
+        GeoPoint const point = geo_position_point(position);
+        EXPECT_DOUBLE_EQ(point.latitude, latitude) << text;
+        EXPECT_DOUBLE_EQ(point.longitude, longitude) << text;
+        EXPECT_DOUBLE_EQ(point.height, height) << text;
     }
-}
-
-TEST(PositionText, BrokenShapesAreInvalid) {
+    // Broken shapes are invalid and at 0, 0, 0.
     for (char const* text :
          {"", "{}", ",,,", "{W84,N52D30M15S,E13D24M10S}", "{WGS84,N52D30M15S,E13D24M10S,1}",
           "{ W84,N52D30M15S,E13D24M10S,1}", "{W84,X52D30M15S,E13D24M10S,1}",
           "{W84,N52D30,E13D24M10S,1}", "{W84,N52M30S,E13D24M10S,1}", "{W84,N52D30M1S,,1}",
           "{W84,N52D30M1S,E,1}", "W84;N52D30M1S;E13D24M10S;1"}) {
         GeoPosition const position = parse_geo_position(text);
-        EXPECT_FALSE(position.valid) << text;
         GeoPoint const point = geo_position_point(position);
-        EXPECT_EQ(point.latitude, 0.0) << text;
-        EXPECT_EQ(point.longitude, 0.0) << text;
-        EXPECT_EQ(point.height, 0.0) << text;
+        EXPECT_TRUE(!position.valid && point.latitude == 0.0 && point.longitude == 0.0 &&
+                    point.height == 0.0)
+            << text;
     }
 }
 
-TEST_F(StationTable, NoStationAndNoEntryOutsideTheRangeOrForABrokenText) {
-    QByteArray const text = "{W84,N52D30M15.25S,E13D24M10.5S,34.5}";
-    EXPECT_FALSE(station(0, text).valid());
-    EXPECT_FALSE(station(24, text).valid());
-    EXPECT_FALSE(station(-1, text).valid());
-    EXPECT_FALSE(station(5, "{W84,N52D30,E13D24M10.5S,34.5}").valid());
-    EXPECT_FALSE(station(5, QByteArray()).valid());
-    EXPECT_EQ(count(), 0);
+TEST(StationTable, StationsInRangeWithUpInMillimetresTruncatedTowardZero) {
+    Element_man owner;
+    owner.create();
+    BaseStationTable table;
+    auto station = [&](int source, QByteArray const& text) {
+        return find_or_create_base_station(source, text, table, owner.get_client_root());
+    };
+    auto up = [&](QByteArray const& height) {
+        int value = -1;
+        station(1, "{W84,N1D0M0S,E1D0M0S," + height + "}").up().get(value);
+        return value;
+    };
+    // No station and no entry outside the range of sources or for a broken text.
+    for (int source : {0, 24, -1})
+        EXPECT_FALSE(station(source, "{W84,N52D30M15.25S,E13D24M10.5S,34.5}").valid());
+    for (QByteArray const& text : {QByteArray("{W84,N52D30,E13D24M10.5S,34.5}"), QByteArray()})
+        EXPECT_FALSE(station(5, text).valid());
+    EXPECT_EQ(owner.get_client_root().base_stations().count(), 0);
     EXPECT_TRUE(table.isEmpty());
-}
 
-TEST_F(StationTable, UpIsInMillimetresTruncatedTowardZeroWithinRange) {
-    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-0.0004}")), 0);
-    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-1.2345}")), -1234);
-    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,1e12}")), INT_MAX);
-    EXPECT_EQ(up(station(1, "{W84,N1D0M0S,E1D0M0S,-1e12}")), INT_MIN);
+    EXPECT_EQ(std::vector<int>({up("-0.0004"), up("-1.2345"), up("1e12"), up("-1e12")}),
+              std::vector<int>({0, -1234, INT_MAX, INT_MIN}));
 }

@@ -1,151 +1,180 @@
-// Products from the directories below Products, as the tool writes them: the
-// type table, the two product groups, density and rates, identities, and
-// files that are missing or useless.
-#include "product_tree.h"
+// Products and mixtures from the directories below Products and
+// ProductMixtures, as the tool writes them: the type table, the two product
+// groups, density and rates, identities, ingredients found by identity among
+// the products and earlier mixtures, and each kind of bad entry with its
+// warning.
+#include "../taskdata/xml_summary.h"
+#include "test_support/test_support.h"
 
 using namespace test_support;
 
 namespace {
 
-QUuid const fixed_identity("{903c0cf8-9478-4b5a-85b3-5438c71e7696}");
-QUuid const liquid_identity("{50b3c385-bee4-4042-9206-330b02040194}");
-QUuid const granular_identity("{c8a398d3-97e3-43c5-94e6-4e038e1ef21b}");
+QUuid const fixed("{903c0cf8-9478-4b5a-85b3-5438c71e7696}");
+QUuid const liquid("{50b3c385-bee4-4042-9206-330b02040194}");
+QUuid const granular("{c8a398d3-97e3-43c5-94e6-4e038e1ef21b}");
 
-QUuid identity_of(int n) {
-    return QUuid(QStringLiteral("{00000000-0000-0000-0000-%1}").arg(n, 12, 10, QLatin1Char('0')));
+QString uid(int n) {
+    return QString("{00000000-0000-0000-0000-%1}").arg(n, 12, 10, QLatin1Char('0'));
 }
 
-class ProductImport : public ProductTree {
+QString const alpha = uid(101), beta = uid(102), unknown = uid(104), early = uid(201),
+              late = uid(202), tank = uid(205);
+
+QString typed(int type, int identity) {
+    return QString("[Default]\nType=%1\nUID=%2\n").arg(type).arg(uid(identity));
+}
+
+class ProductImport : public DisplayTree {
 protected:
-    using ProductTree::add_product;
-    void add_product(QString const& name, int type, int identity) const {
-        add_product(name, QStringLiteral("[Default]\nType=%1\nUID=%2\n")
-                              .arg(type)
-                              .arg(identity_of(identity).toString())
-                              .toUtf8());
+    // A saved product or mixture as "type quantity | DDI group density |
+    // presets and increment", "-" for what is not written.
+    QString written(XmlElement product) const {
+        for (auto& attribute : product.attributes)
+            if (attribute.first == "C") // the group by its name
+                attribute.second = saved("PGP", "A", attribute.second).value(0).attribute("B");
+        return QStringList(
+                   {summary({product}, {"F", "G"}).join(""),
+                    summary({product}, {"E", "C", "H"}).join(""),
+                    summary({product}, {"P231_preset0", "P231_preset1", "P231_incDec"}).join("")})
+            .join(" | ");
+    }
+
+    // The ingredients of a saved mixture as "<designator> <quantity>, ...".
+    QString ingredients(XmlElement const& mixture) const {
+        QStringList found;
+        for (XmlElement const& relation : mixture.all("PRN"))
+            found << saved("PDT", "A", relation.attribute("A")).value(0).attribute("B") + " " +
+                         relation.attribute("B");
+        return found.join(", ");
     }
 };
 
 } // namespace
 
-TEST_F(ProductImport, TypeDecidesDdiGroupAndIdentity) {
-    struct Expected {
-        char const* name;
-        int type;
-        char const* ddi; // empty: none written
-        char const* group;
-        QUuid identity;
+TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
+    struct Row {
+        QString name;
+        QString ini;
+        QString written;
+        QUuid identity = {};
+        char const* ingredients = "";
     };
-    QList<Expected> const products = {
-        {"Mass", 0, "004B", "", identity_of(0)},
-        {"Volume", 1, "0048", "", identity_of(1)},
-        {"Carrier", 2, "0048", "", fixed_identity},
-        {"Granular A", 3, "004B", "Granular Chemicals", identity_of(3)},
-        {"Granular B", 3, "004B", "Granular Chemicals", identity_of(4)},
-        {"Liquid", 4, "0048", "Liquid Chemicals", identity_of(5)},
-        {"Seven", 7, "", "", identity_of(6)},
-        {"Negative", -1, "", "", identity_of(7)},
+    QString const plain = "- - | 004B - 0 | 0 0 0"; // what a file without keys gives
+    QList<Row> const products = {
+        // The type decides DDI, group and identity.
+        {"Mass", typed(0, 0), plain, uid(0)},
+        {"Volume", typed(1, 1), "- - | 0048 - 0 | 0 0 0", uid(1)},
+        {"Carrier", typed(2, 2), "- - | 0048 - 0 | 0 0 0", fixed},
+        {"Granular A", typed(3, 3), "- - | 004B Granular Chemicals 0 | 0 0 0", uid(3)},
+        {"Granular B", typed(3, 4), "- - | 004B Granular Chemicals 0 | 0 0 0", uid(4)},
+        {"Liquid", typed(4, 5), "- - | 0048 Liquid Chemicals 0 | 0 0 0", uid(5)},
+        {"Seven", typed(7, 6), "- - | - - 0 | 0 0 0", uid(6)},
+        {"Negative", typed(-1, 7), "- - | - - 0 | 0 0 0", uid(7)},
+        // Density in kg per litre in the file, mg per litre in the set.
+        {"1.2", "[Default]\nDensity=1.2\n", "- - | 004B - 1200000 | 0 0 0"},
+        {"0.0000001", "[Default]\nDensity=0.0000001\n", plain},
+        {"-3", "[Default]\nDensity=-3\n", plain},
+        {"nan", "[Default]\nDensity=nan\n", plain},
+        {"5000", "[Default]\nDensity=5000\n", "- - | 004B - 4294967295 | 0 0 0"},
+        {"heavy", "[Default]\nDensity=heavy\n", plain},
+        {"Rates", "[Default]\nRatePreset1=1234.5678\nRatePreset2=1000000\nRateInc=0.5\n",
+         "- - | 004B - 0 | 1234.57 1e+06 0.5"},
+        // Keys outside "Default" are not read; the others cannot be read at all.
+        {"General section", "Type=3\nDensity=2\nRateInc=1\n", plain},
+        {"Empty", "", plain},
+        {"Garbage", QString::fromLatin1("\x00\xff\xfe[[==\n]Type=3\n", 16), plain},
+        {"Directory", QString(), plain}, // a directory where the .ini belongs
+        // Ingredients; both carriers get the fixed identity, the file's is dropped.
+        {"Alpha", "[Default]\nType=0\nUID=" + alpha, plain, alpha},
+        {"Beta", "[Default]\nType=4\nUID=" + beta, "- - | 0048 Liquid Chemicals 0 | 0 0 0", beta},
+        {"Carrier 1", "[Default]\nType=2\nUID=" + unknown, "- - | 0048 - 0 | 0 0 0", fixed},
+        {"Carrier 2", "[Default]\nType=2\n", "- - | 0048 - 0 | 0 0 0", fixed},
     };
-    for (int n = 0; n < products.size(); ++n)
-        add_product(products[n].name, products[n].type, n);
-    ToolRun const result = run();
-    EXPECT_TRUE(result.err.isEmpty()) << result.err.constData();
-
-    QHash<QString, QUuid> const ids = identities();
-    QHash<QString, QString> group_names;
-    for (XmlElement const& group : saved().all("PGP"))
-        group_names.insert(group.attribute("A"), group.attribute("B"));
-    EXPECT_EQ(group_names.size(), 2);
-    for (Expected const& expected : products) {
-        SCOPED_TRACE(expected.name);
-        XmlElement const written = product(expected.name);
-        EXPECT_EQ(written.attribute("E"), expected.ddi);
-        EXPECT_EQ(written.has_attribute("E"), *expected.ddi != '\0');
-        EXPECT_EQ(group_names.value(written.attribute("C")), expected.group);
-        EXPECT_EQ(ids.value(written.attribute("A")), expected.identity);
-        EXPECT_FALSE(written.has_attribute("F")); // the display's type is not the ISO one
-    }
-    // One group per chemical type, with its fixed identity.
-    EXPECT_EQ(product("Granular A").attribute("C"), product("Granular B").attribute("C"));
-    EXPECT_EQ(ids.value(product("Granular A").attribute("C")), granular_identity);
-    EXPECT_EQ(ids.value(product("Liquid").attribute("C")), liquid_identity);
-}
-
-TEST_F(ProductImport, DensityIsKeptInMilligramsPerLitreAndRatesInSixDigits) {
-    // kg per litre in the file, mg per litre in the set.
-    QList<QPair<char const*, char const*>> const densities = {
-        {"1.2", "1200000"}, {"0.0000001", "0"},     {"-3", "0"},
-        {"nan", "0"},       {"5000", "4294967295"}, {"heavy", "0"}};
-    for (auto const& density : densities)
-        add_product(density.first, QByteArray("[Default]\nDensity=") + density.first + "\n");
-    add_product("Rates", "[Default]\nRatePreset1=1234.5678\nRatePreset2=1000000\nRateInc=0.5\n");
-    run();
-
-    for (auto const& density : densities)
-        EXPECT_EQ(product(density.first).attribute("H"), density.second) << density.first;
-    XmlElement const rates = product("Rates");
-    EXPECT_EQ(rates.attribute("P231_preset0"), "1234.57");
-    EXPECT_EQ(rates.attribute("P231_preset1"), "1e+06");
-    EXPECT_EQ(rates.attribute("P231_incDec"), "0.5");
-}
-
-TEST_F(ProductImport, UselessFilesGiveDefaultsAndAMissingOneASkip) {
-    // Keys outside "Default" are not read; the others cannot be read at all.
-    add_product("General section", "Type=3\nDensity=2\nRateInc=1\n");
-    add_product("Empty", "");
-    add_product("Garbage", QByteArray("\x00\xff\xfe[[==\n]Type=3\n", 16));
-    make_dirs(data("Products/Directory/Directory.ini/"));
+    QList<Row> const mixtures = {
+        // A malformed or negative rate is 0; thousandths beyond the signed
+        // range keep their bits.
+        {"Tank Mix",
+         "UID=" + tank + "\nProductRates=" + alpha + ":2.5, " + beta + ":0.0005, a:b:c, " +
+             fixed.toString() + ":abc, a, :5, nonsense:1, " + unknown + ":1, " + beta + ":-1, " +
+             alpha + ":3000000\nRatePreset1=200\nRatePreset2=250\nRateInc=12.5\n",
+         "2 0 | - - - | 200 250 12.5", tank,
+         "Alpha 2500, Beta 0, Carrier 0, Beta 0, Alpha -1294967296"},
+        // Earlier mixtures are ingredients, later ones and itself are not.
+        {"Early", "UID=" + early + "\nProductRates=" + alpha + ":1, " + late + ":2\n",
+         "2 0 | - - - | 0 0 0", early, "Alpha 1000"},
+        {"Late", "UID=" + late + "\nProductRates=" + early + ":3, " + late + ":4\n",
+         "2 0 | - - - | 0 0 0", late, "Early 3000"},
+        // Keys are read outside any section; the fixed identity finds the
+        // first carrier.
+        {"Single", "ProductRates=" + fixed.toString() + ":7\n", "2 0 | - - - | 0 0 0", QUuid(),
+         "Carrier 7000"},
+        {"Sectioned", "[Default]\nUID=" + unknown + "\nProductRates=" + alpha + ":1\n",
+         "2 0 | - - - | 0 0 0"},
+    };
+    for (Row const& row : products)
+        if (!row.ini.isNull())
+            write(QString("Products/%1/%1.ini").arg(row.name), row.ini.toUtf8());
+    for (Row const& row : mixtures)
+        write(QString("ProductMixtures/%1/%1.ini").arg(row.name), row.ini.toUtf8());
     write("Products/Seed/Other.ini", "[Default]\nType=1\n");
     write("Products/not a directory.ini", "[Default]\nType=1\n");
-    ToolRun const result = run({"-p"});
-    EXPECT_EQ(result.err, "W: skipping empty product directory \"Seed\"\n");
-    EXPECT_TRUE(result.out.endsWith("P: 80%\n\n")); // five counted, four done
-    EXPECT_TRUE(products_named("Seed").isEmpty());
+    make_dirs(data("ProductMixtures/Forgotten"));
+    make_dirs(data("Products/Directory/Directory.ini"));
+    // A loaded group of the liquid identity under another name, a namesake of
+    // the granular group with another identity, and a product that -m does
+    // not reach: products are always new.
+    load("<PGP A='PGP1' B='Sprays'/><PGP A='PGP2' B='Granular Chemicals'/>"
+         "<PDT A='PDT1' B='Herbicide' C='PGP1'/>");
+    QString const other = "{11111111-2222-3333-4444-555555555555}";
+    write("taskdata/LINKLIST.XML", "<ISO11783LinkList VersionMajor='4' VersionMinor='3'>"
+                                   "<LGP A='LGP1' B='1'><LNK A='PGP1' B='" +
+                                       liquid.toString().toUtf8() + "'/><LNK A='PGP2' B='" +
+                                       other.toUtf8() + "'/><LNK A='PDT1' B='" + uid(1).toUtf8() +
+                                       "'/></LGP></ISO11783LinkList>");
+    write("Products/Herbicide/Herbicide.ini", typed(4, 1).toUtf8());
+    ToolRun const result = run({"-m", "-p"});
 
-    EXPECT_TRUE(identities().isEmpty());
-    for (char const* name : {"General section", "Empty", "Garbage", "Directory"}) {
-        XmlElement const written = product(name);
-        QStringList actual;
-        for (char const* attribute : {"E", "H", "C", "P231_preset0", "P231_preset1", "P231_incDec"})
-            actual << written.attribute(attribute);
-        EXPECT_EQ(actual, QStringList({"004B", "0", "", "0", "0", "0"})) << name;
-    }
-}
+    EXPECT_EQ(QString::fromUtf8(result.err),
+              QString("W: skipping empty product directory \"Seed\"\n"
+                      "W: could not find referenced product \"%1\" in mixture \"Early\"\n"
+                      "W: skipping empty product mixture directory \"Forgotten\"\n"
+                      "W: could not find referenced product \"%1\" in mixture \"Late\"\n"
+                      "W: bad product/rate pair in %2W: bad product/rate pair in %2"
+                      "W: bad product uuid in %2W: bad product uuid in %2"
+                      "W: could not find referenced product \"%3\" in mixture \"Tank Mix\"\n")
+                  .arg(late, "\"data/ProductMixtures/Tank Mix/Tank Mix.ini\"\n", unknown));
+    // 31 products and mixtures counted, two never done.
+    EXPECT_TRUE(result.out.endsWith("P: 93%\n\n")) << result.out.constData();
 
-TEST_F(ProductImport, ProductsAreAlwaysNewButGroupsAreFoundAgainByIdentity) {
-    // A loaded group of the liquid identity under another name, and a namesake
-    // of the granular group with another identity.
-    load("<PGP A=\"PGP1\" B=\"Sprays\"/><PGP A=\"PGP2\" B=\"Granular Chemicals\"/>");
-    write("taskdata/LINKLIST.XML",
-          "<ISO11783LinkList VersionMajor=\"4\" VersionMinor=\"3\"><LGP A=\"LGP1\" B=\"1\">"
-          "<LNK A=\"PGP1\" B=\"50b3c385-bee4-4042-9206-330b02040194\"/>"
-          "<LNK A=\"PGP2\" B=\"11111111-2222-3333-4444-555555555555\"/>"
-          "</LGP></ISO11783LinkList>");
-    add_product("Herbicide", 4, 1);
-    add_product("Pellets", 3, 2);
-
-    // The first run writes over the loaded set, the second reads it back.
-    ASSERT_EQ(run_tool({"-O", "data/taskdata", "data"}, scratch.path()).exit_code, 0);
-    run({"-m"});
-
-    QList<XmlElement> const groups = saved().all("PGP");
-    ASSERT_EQ(groups.size(), 3);
-    QStringList names;
-    for (XmlElement const& group : groups)
-        names << group.attribute("B");
-    EXPECT_EQ(names, QStringList({"Liquid Chemicals", "Granular Chemicals", "Granular Chemicals"}));
     QHash<QString, QUuid> const ids = identities();
-    EXPECT_EQ(ids.value("PGP1"), liquid_identity);
-    EXPECT_EQ(ids.value(groups[2].attribute("A")), granular_identity);
-
-    // -m does not reach the products: each run added its own.
-    QList<XmlElement> const herbicides = products_named("Herbicide");
-    QList<XmlElement> const pellets = products_named("Pellets");
-    ASSERT_EQ(herbicides.size(), 2);
-    ASSERT_EQ(pellets.size(), 2);
-    for (int run = 0; run < 2; ++run) {
-        EXPECT_EQ(herbicides[run].attribute("C"), "PGP1");
-        EXPECT_EQ(ids.value(herbicides[run].attribute("A")), identity_of(1));
-        EXPECT_EQ(pellets[run].attribute("C"), groups[2].attribute("A"));
+    for (Row const& row : products + mixtures) {
+        SCOPED_TRACE(row.name.toStdString());
+        QList<XmlElement> const found = saved("PDT", "B", row.name);
+        ASSERT_EQ(found.size(), 1);
+        EXPECT_EQ(written(found[0]), row.written);
+        EXPECT_EQ(ids.value(found[0].attribute("A")), row.identity);
+        EXPECT_EQ(ingredients(found[0]), row.ingredients);
     }
+    EXPECT_EQ(saved().all("PDT").size(), products.size() + mixtures.size() + 2);
+    QStringList herbicides;
+    for (XmlElement const& herbicide : saved("PDT", "B", "Herbicide"))
+        herbicides << herbicide.attribute("C") + ' ' +
+                          ids.value(herbicide.attribute("A")).toString();
+    EXPECT_EQ(herbicides, QStringList({"PGP1 " + uid(1), "PGP1 " + uid(1)}));
+
+    // Groups are found again by identity, one per chemical type, and only
+    // those are linked.
+    QStringList groups;
+    for (XmlElement const& group : saved().all("PGP"))
+        groups << group.attribute("B") + " " + ids.value(group.attribute("A")).toString();
+    EXPECT_EQ(groups,
+              QStringList({"Liquid Chemicals " + liquid.toString(), "Granular Chemicals " + other,
+                           "Granular Chemicals " + granular.toString()}));
+    EXPECT_FALSE(summary(saved().all("PDT"), {"C"}).contains("PGP2"));
+    // All identities in one link group, named by the set; no null one.
+    EXPECT_FALSE(ids.values().contains(QUuid()));
+    EXPECT_EQ(summary(read_xml(scratch.file("out/LINKLIST.XML")).all("LGP"), {"B"}),
+              QStringList({"1"}));
+    EXPECT_EQ(summary(saved().all("AFE"), {"A", "D"}), QStringList({"LINKLIST.XML 1"}));
 }
