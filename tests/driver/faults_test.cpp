@@ -514,16 +514,13 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
     write_former_set();
 
     // How long a save takes, from its first staged file to the end.
-    qint64 save_ms = 0;
-    {
-        BackgroundTool tool({"-O", "reference", "data"}, scratch.path());
-        tool.wait_for_staged(scratch.file("reference"), "TASKDATA.XML");
-        QElapsedTimer timer;
-        timer.start();
-        ASSERT_EQ(tool.finish(), 0) << read_file(tool.err.fileName()).constData();
-        save_ms = std::max<qint64>(timer.elapsed(), 1);
-        ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
-    }
+    BackgroundTool reference({"-O", "reference", "data"}, scratch.path());
+    reference.wait_for_staged(scratch.file("reference"), "TASKDATA.XML");
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(reference.finish(), 0) << read_file(reference.err.fileName()).constData();
+    qint64 const save_ms = std::max<qint64>(timer.elapsed(), 1);
+    ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
 
     // Killed while TASKDATA.XML is being staged, at moments spread over the
     // save, and just as the last staged file appears, before the renames:

@@ -3,7 +3,6 @@
 #include <QDataStream>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
@@ -20,10 +19,9 @@ extern char** environ;
 
 namespace test_support {
 
-ScratchDir::ScratchDir() {
-    QTemporaryDir dir(QDir::tempPath() + "/tdm-test-XXXXXX");
-    dir.setAutoRemove(false);
-    path_ = dir.path();
+ScratchDir::ScratchDir()
+    : path_(QDir::tempPath() + "/tdm-test-" + QUuid::createUuid().toString(QUuid::Id128)) {
+    make_dirs(path_);
 }
 
 ScratchDir::~ScratchDir() {
@@ -81,13 +79,12 @@ pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, 
     for (QString const& word : command)
         argv.push_back(words.emplace_back(QFile::encodeName(word)).data());
     argv.push_back(nullptr);
-    QByteArray const dir = QFile::encodeName(working_dir);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, out_fd, 1);
     posix_spawn_file_actions_adddup2(&actions, err_fd, 2);
     if (!working_dir.isEmpty())
-        posix_spawn_file_actions_addchdir_np(&actions, dir.constData());
+        posix_spawn_file_actions_addchdir_np(&actions, QFile::encodeName(working_dir).constData());
     pid_t pid = -1;
     if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
         pid = -1;
@@ -129,45 +126,6 @@ ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
     return run_program((shell_prefix.isEmpty() ? QStringList() : shell) + command_of(TDM_TOOL) +
                            arguments,
                        working_dir);
-}
-
-QString XmlElement::attribute(QString const& name) const {
-    for (auto const& attribute : attributes)
-        if (attribute.first == name)
-            return attribute.second;
-    return QString();
-}
-
-bool XmlElement::has_attribute(QString const& name) const {
-    return std::any_of(attributes.begin(), attributes.end(),
-                       [&](auto const& attribute) { return attribute.first == name; });
-}
-
-QList<XmlElement> XmlElement::all(QString const& wanted) const {
-    QList<XmlElement> found;
-    for (XmlElement const& child : children) {
-        if (child.tag == wanted)
-            found.append(child);
-        found.append(child.all(wanted));
-    }
-    return found;
-}
-
-QStringList XmlElement::values(QString const& wanted, QString const& attribute) const {
-    QStringList found;
-    for (XmlElement const& element : all(wanted))
-        found << element.attribute(attribute);
-    return found;
-}
-
-XmlElement XmlElement::find(QString const& wanted, QString const& attribute,
-                            QString const& value) const {
-    for (XmlElement const& element : all(wanted))
-        if (element.attribute(attribute) == value)
-            return element;
-    ADD_FAILURE() << "no " << wanted.toStdString() << " with " << attribute.toStdString() << " "
-                  << value.toStdString();
-    return XmlElement();
 }
 
 // The element at the reader's start tag, read to its end tag.
@@ -232,46 +190,6 @@ QString validate_set(QString const& dir, bool& valid) {
     ToolRun const run = run_program({shared_dir() + "/tools/validate-taskdata", dir}, {}, true);
     valid = run.exit_code == 0;
     return QString::fromUtf8(run.out);
-}
-
-void DisplayTree::load(QByteArray const& elements) const {
-    write("taskdata/TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" +
-                                       elements + "</ISO11783_TaskData>");
-}
-
-void DisplayTree::load_saved() const {
-    for (QString const name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
-        write("taskdata/" + name, read_file(scratch.file("out/" + name)));
-}
-
-ToolRun DisplayTree::run(QStringList const& options) const {
-    ToolRun result = run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
-    EXPECT_EQ(result.exit_code, 0) << result.err.constData();
-    return result;
-}
-
-QList<XmlElement> DisplayTree::saved(QString const& tag, QString const& attribute,
-                                     QString const& value) const {
-    QList<XmlElement> found;
-    for (XmlElement const& element : saved().all(tag))
-        if (element.attribute(attribute) == value)
-            found << element;
-    return found;
-}
-
-QHash<QString, QUuid> DisplayTree::identities() const {
-    QHash<QString, QUuid> result;
-    QString const path = scratch.file("out/LINKLIST.XML");
-    if (!read_file(path).isEmpty())
-        for (XmlElement const& link : read_xml(path).all("LNK"))
-            result.insert(link.attribute("A"), QUuid(link.attribute("B")));
-    return result;
-}
-
-void DisplayTree::expect_valid_set() const {
-    bool valid = shared_dir().isEmpty();
-    QString const report = valid ? QString() : validate_set(scratch.file("out"), valid);
-    EXPECT_TRUE(valid) << report.toStdString();
 }
 
 } // namespace test_support
