@@ -3,18 +3,10 @@
 
 #include "test_support/test_support.h"
 
-#include <QColor>
 #include <QImage>
 #include <QLineF>
 #include <QMap>
-#include <QPointF>
 #include <QStandardPaths>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <utility>
-#include <vector>
 
 using namespace test_support;
 
@@ -213,9 +205,13 @@ TEST_F(PreviewPage, RendersEveryBoundaryInChromium) {
             tops.push_back(y - length);
     ASSERT_EQ(tops.size(), 2u);
 
-    // Drawn: a pixel within two of (x, y) stands out from the map's ground,
-    // #f6f4ee.
-    auto drawn_near = [&](int x, int y) {
+    // Drawn: a pixel within two of where the point lies stands out from the
+    // map's ground, #f6f4ee.
+    QStringList const view = panel.all("svg").value(0).attribute("viewBox").split(' ');
+    double const scale = 640 / view.value(2).toDouble(); // pixels per metre
+    auto drawn_near = [&](QPointF const& p) {
+        int const x = left + static_cast<int>((p.x() - view.value(0).toDouble()) * scale);
+        int const y = tops[1] + static_cast<int>((p.y() - view.value(1).toDouble()) * scale);
         for (int i = 0; i < 25; ++i) {
             QColor const c = image.pixelColor(x + i % 5 - 2, y + i / 5 - 2);
             if (std::abs(c.red() - 0xf6) + std::abs(c.green() - 0xf4) + std::abs(c.blue() - 0xee) >
@@ -224,21 +220,12 @@ TEST_F(PreviewPage, RendersEveryBoundaryInChromium) {
         }
         return false;
     };
-    QStringList const view = panel.all("svg").value(0).attribute("viewBox").split(' ');
-    double const scale = 640 / view.value(2).toDouble(); // pixels per metre
     EXPECT_EQ(image.pixel(left + 3, tops[1] + 3), qRgb(0xf6, 0xf4, 0xee));
-    int drawn = 0;
-    for (XmlElement const& path : panel.all("path"))
-        if (path.attribute("class").startsWith("pln"))
-            for (Polyline const& ring : polylines(path.attribute("d")))
-                for (QPointF const& p : ring) {
-                    ++drawn;
-                    EXPECT_TRUE(drawn_near(
-                        left + static_cast<int>((p.x() - view.value(0).toDouble()) * scale),
-                        tops[1] + static_cast<int>((p.y() - view.value(1).toDouble()) * scale)))
-                        << "at " << p.x() << " " << p.y();
-                }
-    EXPECT_EQ(drawn, 13); // the outer boundary with both rings, and the rock
+    // The thirteen vertices of the outer boundary with both rings, and of the
+    // rock.
+    for (Polyline const& ring : {plane(outer), plane(inner), plane(pond), plane(rock)})
+        for (QPointF const& p : ring)
+            EXPECT_TRUE(drawn_near(p)) << "at " << p.x() << " " << p.y();
 }
 
 } // namespace
