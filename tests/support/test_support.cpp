@@ -6,7 +6,6 @@
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
-#include <algorithm>
 #include <csignal>
 
 #include <fcntl.h>
@@ -95,10 +94,9 @@ pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, 
 // The output goes to files, which never fill up and stall the child as a
 // pipe that nobody reads would.
 ToolRun run_program(QStringList const& command, QString const& working_dir, bool merge_channels) {
-    ToolRun run;
     QTemporaryFile out, err;
     if (!out.open() || !err.open())
-        return run;
+        return {};
     pid_t const pid =
         spawn(command, working_dir, out.handle(), (merge_channels ? out : err).handle());
     int status = -1; // neither exited nor signalled
@@ -108,11 +106,8 @@ ToolRun run_program(QStringList const& command, QString const& working_dir, bool
             ADD_FAILURE() << command.join(' ').toStdString() << " did not finish";
             killed = ::kill(pid, SIGKILL) == 0;
         }
-    run.out = read_file(out.fileName());
-    run.err = read_file(err.fileName());
-    if (WIFEXITED(status))
-        run.exit_code = WEXITSTATUS(status);
-    return run;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(out.fileName()),
+            read_file(err.fileName())};
 }
 
 QStringList command_of(QString const& program) {
@@ -160,12 +155,11 @@ XmlElement read_xml(QString const& path) {
 // One line per element in document order, indented by its depth, with its
 // attributes sorted.
 static QStringList lines_of(XmlElement const& element, QString const& indent = QString()) {
-    auto attributes = element.attributes;
-    std::sort(attributes.begin(), attributes.end());
-    QString line = indent + '<' + element.tag;
-    for (auto const& attribute : attributes)
-        line += QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
-    QStringList lines{line + '>'};
+    QStringList attributes;
+    for (auto const& attribute : element.attributes)
+        attributes << QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
+    attributes.sort();
+    QStringList lines{indent + '<' + element.tag + attributes.join("") + '>'};
     for (XmlElement const& child : element.children)
         lines += lines_of(child, indent + "  ");
     return lines;
@@ -176,8 +170,7 @@ QString difference(XmlElement const& expected, XmlElement const& actual) {
     for (int i = 0; i < std::max(want.size(), got.size()); ++i)
         if (want.value(i) != got.value(i))
             return QString("at element %1:\n  expected %2\n  actual   %3")
-                .arg(i)
-                .arg(want.value(i), got.value(i));
+                .arg(QString::number(i), want.value(i), got.value(i));
     return QString();
 }
 

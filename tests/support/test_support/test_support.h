@@ -96,11 +96,10 @@ struct XmlElement {
     // The descendants `wanted` whose `attribute` is `value`, in document order.
     QList<XmlElement> where(QString const& wanted, QString const& attribute,
                             QString const& value) const {
-        QList<XmlElement> found = all(wanted);
-        found.erase(
-            std::remove_if(found.begin(), found.end(),
-                           [&](XmlElement const& e) { return e.attribute(attribute) != value; }),
-            found.end());
+        QList<XmlElement> found;
+        for (XmlElement const& element : all(wanted))
+            if (element.attribute(attribute) == value)
+                found << element;
         return found;
     }
     // The `attribute` of every descendant `wanted`, in document order.
@@ -114,9 +113,8 @@ struct XmlElement {
     // an empty element when there is none.
     XmlElement find(QString const& wanted, QString const& attribute, QString const& value) const {
         QList<XmlElement> const found = where(wanted, attribute, value);
-        if (found.isEmpty())
-            ADD_FAILURE() << "no " << wanted.toStdString() << " with " << attribute.toStdString()
-                          << " " << value.toStdString();
+        EXPECT_FALSE(found.isEmpty()) << "no " << wanted.toStdString() << " with "
+                                      << attribute.toStdString() << " " << value.toStdString();
         return found.value(0);
     }
 };
