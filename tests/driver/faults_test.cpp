@@ -35,8 +35,7 @@ QByteArray zigzag(int count) {
 // files where directories belong and the reverse, empty, gigantic and
 // unreadable files. The tool ends normally with a well-formed set, keeps
 // what it could read, and writes nothing outside OUTPUT.
-class HostileTree : public DisplayTree {
-protected:
+struct HostileTree : DisplayTree {
     QString client(QString const& relative) const { return data("Clients/" + relative); }
     // A field below DATADIR with a boundary, a flag, an AB line and a curve.
     void write_field(QString const& dir) const {
@@ -102,8 +101,7 @@ QByteArray with_points(QByteArray const& points) {
 // bombs, external entities, absurd nesting, huge values, lying encodings.
 // Each is refused with the load error in bounded memory, and OUTPUT keeps
 // the set it held.
-class HostileSet : public DisplayTree {
-protected:
+struct HostileSet : DisplayTree {
     HostileSet() {
         write("Products/Seed/Seed.ini", "[Default]\nType=0\n");
         write_file(scratch.file("out/TASKDATA.XML"), former_set);
@@ -207,8 +205,7 @@ QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
 // Saves that meet a fault: a file size limit, a full disk, OUTPUT made
 // read-only while the tool runs, the tool killed while it writes. Whatever
 // happens, OUTPUT holds the former set whole or the new one whole.
-class SaveFaults : public DisplayTree {
-protected:
+struct SaveFaults : DisplayTree {
     QString out(QString const& file = QString()) const { return scratch.file("out/" + file); }
     QStringList out_files() const { return QDir(out()).entryList(QDir::Files | QDir::Hidden); }
 
@@ -499,7 +496,7 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
     QByteArray boundary;
     for (int i = 0; i < points; ++i)
         boundary +=
-            QString("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n").arg(i, 9, 10, QChar('0')).toLatin1();
+            QString::asprintf("<PNT A=\"2\" C=\"52.%09d\" D=\"7.%09d\"/>\n", i, i).toLatin1();
     load("<PFD A=\"PFD1\" C=\"Field\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + boundary +
          "</LSG></PLN></PFD>");
     write("taskdata/LINKLIST.XML",

@@ -175,8 +175,7 @@ QString difference(XmlElement const& expected, XmlElement const& actual) {
 }
 
 QString shared_dir() {
-    QString const dir = TDM_SHARED_DIR;
-    return QFileInfo::exists(dir + "/isoxml/xsd") ? dir : QString();
+    return QFileInfo::exists(TDM_SHARED_DIR "/isoxml/xsd") ? TDM_SHARED_DIR : QString();
 }
 
 QString validate_set(QString const& dir, bool& valid) {
