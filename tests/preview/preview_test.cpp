@@ -23,12 +23,11 @@ double const north = 110.5743; // -y of 0.001 degrees of latitude
 // Points at (latitude, longitude) in thousandths of a degree, of the types
 // given in turn.
 QByteArray points(std::vector<int> const& types, Polyline const& where) {
-    QByteArray xml;
+    QString xml;
     for (std::size_t i = 0; i < where.size(); ++i)
         xml += QString::asprintf("<PNT A=\"%d\" C=\"%.7f\" D=\"%.7f\"/>", types[i % types.size()],
-                                 where[i].x() / 1000, where[i].y() / 1000)
-                   .toUtf8();
-    return xml;
+                                 where[i].x() / 1000, where[i].y() / 1000);
+    return xml.toUtf8();
 }
 
 // Where the page draws them, in metres east and south.

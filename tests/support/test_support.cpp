@@ -127,8 +127,7 @@ ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
 static XmlElement element_at(QXmlStreamReader& xml) {
     XmlElement element{xml.qualifiedName().toString(), {}, {}, {}};
     for (auto const& attribute : xml.attributes())
-        element.attributes.append(
-            {attribute.qualifiedName().toString(), attribute.value().toString()});
+        element.attributes += {attribute.qualifiedName().toString(), attribute.value().toString()};
     while (xml.readNext() != QXmlStreamReader::EndElement && !xml.hasError())
         if (xml.isStartElement())
             element.children.append(element_at(xml));
@@ -146,9 +145,8 @@ XmlElement read_xml(QString const& path) {
     XmlElement const root = xml.readNextStartElement() ? element_at(xml) : XmlElement();
     while (!xml.atEnd())
         xml.readNext();
-    if (xml.hasError())
-        ADD_FAILURE() << path.toStdString() << ":" << xml.lineNumber() << ": "
-                      << xml.errorString().toStdString();
+    EXPECT_FALSE(xml.hasError()) << path.toStdString() << ":" << xml.lineNumber() << ": "
+                                 << xml.errorString().toStdString();
     return root;
 }
 
