@@ -39,7 +39,7 @@ struct HostileTree : DisplayTree {
     QString client(QString const& relative) const { return data("Clients/" + relative); }
     // A field below DATADIR with a boundary, a flag, an AB line and a curve.
     void write_field(QString const& dir) const {
-        write(dir + "Boundaries/edge.bdy", zigzag(4));
+        write(dir + "Boundaries/edge.bdy", zigzag(5));
         write(dir + "flagpoints.ini", "7\n1\n52.5\n13.25\n4\nStone\n");
         write(dir + "ABLines/AB/AB.ini", ab_line);
         write(dir + "Curves/Curve/Curve.ini", "");
@@ -67,9 +67,10 @@ struct HostileTree : DisplayTree {
                   "0 |  | " + warnings);
         EXPECT_EQ(run_program(listing, scratch.path()).out, before) << "written outside OUTPUT";
         XmlElement const good = saved().find("PFD", "C", "Good field");
-        // The boundary's four vertices closed, the AB line's two points, the
-        // curve's three, and the flag: eleven points, three line strings.
-        EXPECT_EQ(good.all("PNT").size(), 11);
+        // The boundary's five vertices closed (a ring of 400 m2), the AB
+        // line's two points, the curve's three, and the flag: twelve points,
+        // three line strings.
+        EXPECT_EQ(good.all("PNT").size(), 12);
         EXPECT_EQ(good.all("LSG").size(), 3);
         EXPECT_EQ(good.values("GPN", "B"), QStringList({"AB", "Curve"}));
         if (validate)
