@@ -11,10 +11,9 @@ namespace {
 QByteArray const template_bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
                                   "<ISO11783_TaskData VersionMajor=\"4\" />\n";
 
-QByteArray set_of(char const* customer) {
-    return "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR7\" B=\"" + QByteArray(customer) +
-           "\"/></ISO11783_TaskData>";
-}
+// A set of one customer, CTR7, named %1.
+QString const set_of =
+    "<ISO11783_TaskData VersionMajor=\"4\"><CTR A=\"CTR7\" B=\"%1\"/></ISO11783_TaskData>";
 
 struct CommandLine : DisplayTree {
     ToolRun tool(QStringList const& arguments) const { return run_tool(arguments, scratch.path()); }
@@ -69,20 +68,20 @@ TEST_F(CommandLine, ExistingSetIsLoadedUnlessIgnored) {
         EXPECT_EQ(tool(options + QStringList{"-O", out, "data"}).outcome(), "0 |  | ");
         return read_xml(scratch.file(out + "/TASKDATA.XML")).values("CTR", "B");
     };
-    write("taskdata/TASKDATA.xml", set_of("lower"));
+    write("taskdata/TASKDATA.xml", set_of.arg("lower").toUtf8());
     EXPECT_EQ(customers_after({}, "a"), QStringList{"lower"});
     EXPECT_FALSE(file_exists(scratch.file("a/TASKDATA.xml")));
-    write("taskdata/TASKDATA.XML", set_of("upper"));
+    write("taskdata/TASKDATA.XML", set_of.arg("upper").toUtf8());
     EXPECT_EQ(customers_after({}, "b"), QStringList{"upper"});
     EXPECT_EQ(customers_after({"-s"}, "c"), QStringList());
     QDir(data("taskdata")).removeRecursively();
-    write("taskdata/TaskData.XML", set_of("mixed"));
+    write("taskdata/TaskData.XML", set_of.arg("mixed").toUtf8());
     EXPECT_EQ(customers_after({}, "d"), QStringList());
 
     // Input and output in one directory: the set is replaced, other files
     // stay.
     QDir(data("taskdata")).removeRecursively();
-    write("taskdata/TASKDATA.XML", set_of("Same"));
+    write("taskdata/TASKDATA.XML", set_of.arg("Same").toUtf8());
     write("taskdata/TEST0001.BIN", "binary");
     EXPECT_EQ(customers_after({}, "data/taskdata"), QStringList{"Same"});
     EXPECT_EQ(read_xml(data("taskdata/TASKDATA.XML")).values("CTR", "A"), QStringList{"CTR7"});
