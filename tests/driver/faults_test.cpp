@@ -13,8 +13,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
 using namespace test_support;
 
 namespace {
@@ -22,8 +20,7 @@ namespace {
 QByteArray const ab_line = "State=2\n[APoint]\nLatitude=52.1\nLongitude=13.2\n"
                            "[BPoint]\nLatitude=52.2\nLongitude=13.3\n";
 // Path, size and modification time of every entry outside OUTPUT.
-QStringList const listing = {"find",   ".",  "-path",   "./out",
-                             "-prune", "-o", "-printf", "%p %s %T@\n"};
+QStringList const listing = QString("find . -path ./out -prune -o -printf %p:%s:%T@\n").split(' ');
 
 // A .crv or .bdy file of `count` points in a zigzag.
 QByteArray zigzag(int count) {
@@ -38,12 +35,11 @@ QByteArray zigzag(int count) {
 // files where directories belong and the reverse, empty, gigantic and
 // unreadable files. The tool ends normally with a well-formed set, keeps
 // what it could read, and writes nothing outside OUTPUT.
-class HostileTree : public DisplayTree {
-protected:
+struct HostileTree : DisplayTree {
     QString client(QString const& relative) const { return data("Clients/" + relative); }
     // A field below DATADIR with a boundary, a flag, an AB line and a curve.
     void write_field(QString const& dir) const {
-        write(dir + "Boundaries/edge.bdy", zigzag(4));
+        write(dir + "Boundaries/edge.bdy", zigzag(5));
         write(dir + "flagpoints.ini", "7\n1\n52.5\n13.25\n4\nStone\n");
         write(dir + "ABLines/AB/AB.ini", ab_line);
         write(dir + "Curves/Curve/Curve.ini", "");
@@ -53,26 +49,39 @@ protected:
     // what every hostile run must give: status 0, standard error
     // `warnings`, a well-formed set (valid too, with `validate`) holding the
     // good field whole, and nothing changed outside OUTPUT. Returns the set.
+    // Links loop below the good field's boundaries and zones; its files are
+    // read once all the same, however many ways lead to them.
     XmlElement run_and_check(QByteArray const& warnings, bool validate,
                              QString const& shell_prefix = QString()) {
+        QString const dir = client("Good/Farm/Good field/");
         write_field("Clients/Good/Farm/Good field/");
+        make_dirs(dir + "Zones");
+        char const* const links[][2] = {{"..", "Boundaries/parent"}, {".", "Boundaries/self"},
+                                        {"b", "Boundaries/a"},       {"a", "Boundaries/b"},
+                                        {"..", "Zones/up"},          {"../Zones", "Zones/again"}};
+        for (auto const& link : links)
+            EXPECT_EQ(::symlink(link[0], QFile::encodeName(dir + link[1])), 0);
         make_dirs(scratch.file("out"));
         QByteArray const before = run_program(listing, scratch.path()).out;
         EXPECT_EQ(run_tool({"-O", "out", "data"}, scratch.path(), shell_prefix).outcome(),
                   "0 |  | " + warnings);
         EXPECT_EQ(run_program(listing, scratch.path()).out, before) << "written outside OUTPUT";
-        XmlElement const set = saved();
-        XmlElement const good = set.find("PFD", "C", "Good field");
-        // The boundary's four vertices closed, the AB line's two points, the
-        // curve's three, and the flag: eleven points, three line strings.
-        EXPECT_EQ(good.all("PNT").size(), 11);
+        XmlElement const good = saved().find("PFD", "C", "Good field");
+        // The boundary's five vertices closed (a ring of 400 m2), the AB
+        // line's two points, the curve's three, and the flag: twelve points,
+        // three line strings.
+        EXPECT_EQ(good.all("PNT").size(), 12);
         EXPECT_EQ(good.all("LSG").size(), 3);
         EXPECT_EQ(good.values("GPN", "B"), QStringList({"AB", "Curve"}));
         if (validate)
             expect_valid_set();
-        return set;
+        return saved();
     }
 };
+
+// A link list of one link.
+QString const link_head = "<ISO11783LinkList VersionMajor=\"4\"><LGP A=\"LGP1\" B=\"1\">"
+                          "<LNK A=\"%1\" B=\"%2\"/></LGP></ISO11783LinkList>";
 
 // A set of the elements given.
 QByteArray taskdata(QByteArray const& elements) {
@@ -94,16 +103,15 @@ QByteArray entity_bomb(QByteArray const& root, QByteArray const& body) {
 
 // One field whose boundary holds the points given.
 QByteArray with_points(QByteArray const& points) {
-    return taskdata("<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + points +
-                    "</LSG></PLN></PFD>");
+    return "<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + points +
+           "</LSG></PLN></PFD>";
 }
 
 // Task data sets in DATADIR/taskdata built to hurt the reader: entity
 // bombs, external entities, absurd nesting, huge values, lying encodings.
 // Each is refused with the load error in bounded memory, and OUTPUT keeps
 // the set it held.
-class HostileSet : public DisplayTree {
-protected:
+struct HostileSet : DisplayTree {
     HostileSet() {
         write("Products/Seed/Seed.ini", "[Default]\nType=0\n");
         write_file(scratch.file("out/TASKDATA.XML"), former_set);
@@ -113,24 +121,18 @@ protected:
     // before it. Address space is limited, so that a reader that grows
     // without bound fails instead of swapping (not under AddressSanitizer,
     // which reserves terabytes of it).
-    void expect_refused(QByteArray const& text, char const* reason,
-                        QByteArray const& link_list = QByteArray()) {
+    void expect_refused(QByteArray const& text, char const* reason) {
         SCOPED_TRACE(reason);
         write("taskdata/TASKDATA.XML", text);
-        QFile::remove(data("taskdata/LINKLIST.XML"));
-        if (!link_list.isEmpty())
-            write("taskdata/LINKLIST.XML", link_list);
-#if defined(__SANITIZE_ADDRESS__)
-        QString const limit;
-#else
-        QString const limit = "ulimit -v 2000000";
+        QString limit;
+#ifndef __SANITIZE_ADDRESS__
+        limit = "ulimit -v 2000000";
 #endif
         ToolRun const run = run_tool({"-O", "out", "data"}, scratch.path(), limit);
-        EXPECT_EQ(run.exit_code, 1);
         EXPECT_TRUE(
+            run.exit_code == 1 && run.err.contains(reason) &&
             run.err.endsWith("E: could not load taskdata from data/taskdata/TASKDATA.XML\n"))
-            << run.err.left(2000).constData();
-        EXPECT_TRUE(run.err.contains(reason)) << run.err.left(2000).constData();
+            << run.outcome().left(2000).constData();
         EXPECT_EQ(read_file(scratch.file("out/TASKDATA.XML")), former_set);
     }
 };
@@ -187,29 +189,24 @@ struct BackgroundTool {
     QTemporaryFile err;
 };
 
-// A tmpfs of `size_kib` mounted on `dir` for the life of the object, where
+// A tmpfs of `kib` mounted on `on` for the life of the object, where
 // that can be (as root); `why` says why not.
 struct TmpfsMount {
-    TmpfsMount(QString const& mount_point, int size_kib) : dir(mount_point) {
+    TmpfsMount(QString const& on, int kib) : dir(on) {
         make_dirs(dir);
-        ToolRun const mount = run_program(
-            {"mount", "-t", "tmpfs", "-o", QString("size=%1k").arg(size_kib), "tmpfs", dir}, {},
-            true);
-        mounted = mount.exit_code == 0;
-        why = mount.out.trimmed().toStdString();
+        QStringList const mount = {"mount", "-t", "tmpfs", "-o", QString("size=%1k").arg(kib),
+                                   "tmpfs", dir};
+        why = run_program(mount, {}, true).outcome().toStdString();
     }
     ~TmpfsMount() {
-        if (mounted)
+        if (mounted())
             run_program({"umount", dir});
     }
+    bool mounted() const { return why[0] == '0'; }
 
     QString dir;
-    std::string why;
-    bool mounted = false;
+    std::string why; // the outcome of mount
 };
-
-QString const link_head = "<ISO11783LinkList VersionMajor=\"4\"><LGP A=\"LGP1\" B=\"1\">"
-                          "<LNK A=\"%1\" B=\"%2\"/></LGP></ISO11783LinkList>";
 
 QByteArray const former_links =
     link_head.arg("CTR1", "4f0c0a3e-5d1b-4a8e-9b6c-2e7d1f3a9c11").toUtf8();
@@ -218,8 +215,7 @@ QStringList const set_files = {"GUIDLIST.XML", "LINKLIST.XML", "TASKDATA.XML"};
 // Saves that meet a fault: a file size limit, a full disk, OUTPUT made
 // read-only while the tool runs, the tool killed while it writes. Whatever
 // happens, OUTPUT holds the former set whole or the new one whole.
-class SaveFaults : public DisplayTree {
-protected:
+struct SaveFaults : DisplayTree {
     QString out(QString const& file = QString()) const { return scratch.file("out/" + file); }
     QStringList out_files() const { return QDir(out()).entryList(QDir::Files | QDir::Hidden); }
 
@@ -261,11 +257,9 @@ QString new_set_fault(QString const& dir, int points) {
         xml.readNext();
     QStringList const links = read_xml(dir + "/LINKLIST.XML").values("LNK", "A");
     if (xml.hasError() || set.count("<PNT ") != points || links.isEmpty())
-        return QString("%1 points of %2 (%3), %4 links")
-            .arg(set.count("<PNT "))
-            .arg(points)
-            .arg(xml.errorString())
-            .arg(links.size());
+        return QString::asprintf("%d of %d points, %d links; ", set.count("<PNT "), points,
+                                 links.size()) +
+               xml.errorString();
     for (QString const& link : links)
         if (!set.contains("A=\"" + link.toUtf8() + '"'))
             return "LINKLIST.XML names " + link + ", which TASKDATA.XML lacks";
@@ -305,21 +299,18 @@ TEST_F(HostileTree, MarkupNamesMisplacedEntriesAndGiganticFiles) {
     write("Clients/C/F/Field/Curves/D/D.crv", zigzag(3));
     make_dirs(data("Products/P/P.ini"));
     write("ProductMixtures", "x");
-    for (char const* file : {"Boundaries/huge.bdy", "Curves/Huge/Huge.crv"}) {
-        write(QString("Clients/Big/Farm/Huge/") + file, zigzag(0));
-        ASSERT_TRUE(QFile(client("Big/Farm/Huge/") + file).resize(1 << 30)); // sparse: no disk
+    QByteArray warnings;
+    for (QString const file : {"Boundaries/huge.bdy", "Curves/Huge/Huge.crv"}) {
+        write("Clients/Big/Farm/Huge/" + file, zigzag(0));
+        ASSERT_TRUE(QFile(client("Big/Farm/Huge/" + file)).resize(1 << 30)); // sparse: no disk
+        warnings += "W: skipping oversized file \"" + client("Big/Farm/Huge/" + file).toUtf8() +
+                    "\" of 1073741824 bytes\n";
     }
 
     // Names go into designators unchanged, and the schema allows 32
     // characters; an empty or oversized .bdy makes a ring without points,
     // which the schema forbids.
-    XmlElement const set =
-        run_and_check(QString("W: skipping oversized file \"%1\" of 1073741824 bytes\n"
-                              "W: skipping oversized file \"%2\" of 1073741824 bytes\n")
-                          .arg(client("Big/Farm/Huge/Boundaries/huge.bdy"),
-                               client("Big/Farm/Huge/Curves/Huge/Huge.crv"))
-                          .toUtf8(),
-                      false);
+    XmlElement const set = run_and_check(warnings, false);
     EXPECT_TRUE(set.values("CTR", "B").contains(markup));
     EXPECT_EQ(set.find("PFD", "C", longest).all("GPN").size(), 2);
     // An .ini that is a directory exists and reads as empty; a .crv that is
@@ -330,18 +321,6 @@ TEST_F(HostileTree, MarkupNamesMisplacedEntriesAndGiganticFiles) {
     EXPECT_TRUE(huge.all("GPN").isEmpty());
     ASSERT_EQ(huge.all("LSG").size(), 1);
     EXPECT_TRUE(huge.all("PNT").isEmpty());
-}
-
-TEST_F(HostileTree, LinkLoopsBelowBoundariesAndZones) {
-    write("Clients/Loops/Farm/Field/Boundaries/ring.bdy", zigzag(5));
-    make_dirs(client("Loops/Farm/Field/Zones"));
-    char const* const links[][2] = {{"..", "Boundaries/parent"}, {".", "Boundaries/self"},
-                                    {"b", "Boundaries/a"},       {"a", "Boundaries/b"},
-                                    {"..", "Zones/up"},          {"../Zones", "Zones/again"}};
-    for (auto const& link : links)
-        ASSERT_EQ(::symlink(link[0], QFile::encodeName(client("Loops/Farm/Field/") + link[1])), 0);
-    // The ring is read once, however many ways lead to it.
-    EXPECT_EQ(run_and_check("", true).find("PFD", "C", "Field").all("PLN").size(), 1);
 }
 
 // Names in Latin-1 or Windows-1252, as a display without a UTF-8 locale or a
@@ -387,27 +366,22 @@ TEST_F(HostileTree, NamesThatAreNotUtf8ArriveDecodedAsWindows1252) {
 }
 
 TEST_F(HostileTree, UnreadableFilesAndDirectories) {
-    QString const setpriv = QStandardPaths::findExecutable("setpriv");
     bool const root = ::geteuid() == 0;
-    if (root && setpriv.isEmpty())
+    if (root && QStandardPaths::findExecutable("setpriv").isEmpty())
         GTEST_SKIP() << "running as root, and without setpriv there is no unprivileged user "
                         "for whom chmod 000 means anything";
     QString const field = "Clients/Locked/Farm/Field/";
     write_field(field);
     write("Clients/Locked/Farm/Closed/ABLines/L/L.ini", ab_line);
     write("Products/P/P.ini", "[Default]\nType=0\n");
-    ASSERT_EQ(run_program({"chmod", "000", field + "flagpoints.ini", field + "Boundaries",
-                           field + "Curves/Curve/Curve.crv", field + "ABLines/AB/AB.ini",
-                           "Clients/Locked/Farm/Closed", "Products/P/P.ini"},
-                          data())
-                  .exit_code,
-              0);
+    for (QString const& path : {field + "flagpoints.ini", field + "Boundaries",
+                                field + "Curves/Curve/Curve.crv", field + "ABLines/AB/AB.ini",
+                                QString("Clients/Locked/Farm/Closed"), QString("Products/P/P.ini")})
+        ASSERT_TRUE(QFile::setPermissions(data(path), {}));
     // As root, the scratch directory is opened to nobody, who runs the tool.
-    QString const prefix = root
-                               ? QString("chmod a+rx . && chmod a+rwx out && exec %1 --reuid=65534 "
-                                         "--regid=65534 --clear-groups -- \"$0\" \"$@\"")
-                                     .arg(setpriv)
-                               : QString();
+    QString const prefix = root ? "chmod a+rx . && chmod a+rwx out && exec setpriv --reuid=65534 "
+                                  "--regid=65534 --clear-groups -- \"$0\" \"$@\""
+                                : "";
     // An unreadable product .ini reads as one without keys.
     XmlElement const set = run_and_check("", true, prefix);
     EXPECT_TRUE(set.find("PFD", "C", "Field").all("PLN").isEmpty());
@@ -415,18 +389,30 @@ TEST_F(HostileTree, UnreadableFilesAndDirectories) {
     EXPECT_TRUE(set.find("PFD", "C", "Closed").all("GPN").isEmpty());
 }
 
-TEST_F(HostileSet, EntityBombsAndExternalEntitiesAreRefused) {
+// Entity bombs, external entities, and text that is not in its declared
+// encoding.
+TEST_F(HostileSet, EntityBombsExternalEntitiesAndFalseEncodingsAreRefused) {
     expect_refused(entity_bomb("ISO11783_TaskData", taskdata("<CTR A=\"CTR1\" B=\"&l9;\"/>")),
                    "TASKDATA.XML:13:2: document type declarations are refused");
-    expect_refused(taskdata(""), "LINKLIST.XML:13:2: document type declarations are refused",
-                   entity_bomb("ISO11783LinkList",
-                               "<ISO11783LinkList VersionMajor=\"4\"><LGP A=\"LGP1\" B=\"1\">"
-                               "<LNK A=\"CTR1\" B=\"&l9;\"/></LGP></ISO11783LinkList>"));
     for (char const* reference :
          {"<CTR A=\"CTR1\" B=\"&x;\"/>", "<CTR A=\"CTR1\" B=\"x\">&x;</CTR>"})
         expect_refused("<!DOCTYPE ISO11783_TaskData [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>" +
                            taskdata(reference),
                        "document type declarations are refused");
+    QByteArray const body = taskdata("<CTR A=\"CTR1\" B=\"M\xc3\xbcller\"/>");
+    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + body, "TASKDATA.XML:1:");
+    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
+                       taskdata("<CTR A=\"CTR1\" B=\"M\xfcller\"/>"),
+                   "Encountered incorrectly encoded content");
+    // Invalid bytes inside a run of plain points, which the reader does not
+    // tokenise itself.
+    expect_refused(taskdata(with_points("<PNT A=\"2\" B=\"\xc3\" C=\"1\" D=\"1\"/>")),
+                   "Encountered incorrectly encoded content");
+    expect_refused("<?xml version=\"1.0\" encoding=\"X-NO-SUCH\"?>\n" + body,
+                   "Encoding X-NO-SUCH is unsupported");
+    write("taskdata/LINKLIST.XML",
+          entity_bomb("ISO11783LinkList", link_head.arg("CTR1", "&l9;").toUtf8()));
+    expect_refused(taskdata(""), "LINKLIST.XML:13:2: document type declarations are refused");
 }
 
 TEST_F(HostileSet, DeepNestingAndHugeValuesAreRefusedWithTheirPlace) {
@@ -439,26 +425,12 @@ TEST_F(HostileSet, DeepNestingAndHugeValuesAreRefusedWithTheirPlace) {
     expect_refused(
         taskdata("\n<PFD A=\"PFD1\" C=\"" + QByteArray((1 << 20) + 1, 'x') + "\" D=\"1\"/>"),
         "TASKDATA.XML:2:1048603: attribute C of <PFD> is longer than 1048576 characters");
-    expect_refused(with_points("\n<PNT A=\"2\" C=\"1\" D=\"1\"/>\n<PNT A=\"2\" C=\"" +
-                               QByteArray((1 << 20) + 1, '1') + "\" D=\"1\"/>\n"),
+    expect_refused(taskdata(with_points("\n<PNT A=\"2\" C=\"1\" D=\"1\"/>\n<PNT A=\"2\" C=\"" +
+                                        QByteArray((1 << 20) + 1, '1') + "\" D=\"1\"/>\n")),
                    "attribute C of <PNT>");
     // So long that the reader must not even hold it: 200 MB.
     expect_refused(taskdata("\n<CTR A=\"CTR1\" B=\"" + QByteArray(200000000, 'x') + "\"/>"),
                    "tag or text longer than 64 MiB");
-}
-
-TEST_F(HostileSet, TextThatIsNotInItsDeclaredEncodingIsRefused) {
-    QByteArray const body = taskdata("<CTR A=\"CTR1\" B=\"M\xc3\xbcller\"/>");
-    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + body, "TASKDATA.XML:1:");
-    expect_refused("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
-                       taskdata("<CTR A=\"CTR1\" B=\"M\xfcller\"/>"),
-                   "Encountered incorrectly encoded content");
-    // Invalid bytes inside a run of plain points, which the reader does not
-    // tokenise itself.
-    expect_refused(with_points("<PNT A=\"2\" B=\"\xc3\" C=\"1\" D=\"1\"/>"),
-                   "Encountered incorrectly encoded content");
-    expect_refused("<?xml version=\"1.0\" encoding=\"X-NO-SUCH\"?>\n" + body,
-                   "Encoding X-NO-SUCH is unsupported");
 }
 
 // Found by fuzzing: the reader took NUL bytes between an attribute name and
@@ -474,31 +446,23 @@ TEST_F(HostileSet, NulBytesInAnAttributeNameAreRefusedNotSavedAsADuplicate) {
         {QByteArray("<CTR A=\"CTR1\" B=\"x\0\"/>", 22), "TASKDATA.XML:2:19: "},
         {"<CTR A=\"CTR1\">\x01</CTR>", "TASKDATA.XML:2:15: "},
         // A point that the reader of plain points passes to the XML reader.
-        {QByteArray("<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">"
-                    "<PNT A\0=\"2\" C=\"1\" D=\"2\"/></LSG></PLN></PFD>",
-                    91),
+        {with_points(QByteArray("<PNT A\0=\"2\" C=\"1\" D=\"2\"/>", 25)),
          "TASKDATA.XML:2:73: attribute name \\\"A\\u0000\\\" of <PNT>"},
         // One it leaves to the XML reader for its colons, which the save would
         // refuse to write.
-        {"<PFD A=\"PFD1\" C=\"f\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\"><PNT a:b:c=\"2\"/></LSG>"
-         "</PLN></PFD>",
-         "TASKDATA.XML:2:57: Expected '=', but got ':'."},
+        {with_points("<PNT a:b:c=\"2\"/>"), "TASKDATA.XML:2:57: Expected '=', but got ':'."},
     };
     for (auto const& [line, reason] : cases)
         expect_refused(taskdata("\n" + line), reason);
 }
 
-TEST_F(SaveFaults, FileSizeLimitFailsTheSaveInsteadOfKillingTheTool) {
-    prepare(3000);
+TEST_F(SaveFaults, FileSizeLimitOrFullDiskFailsTheSaveAndKeepsTheFormerSet) {
+    TmpfsMount const disk(out(), 128);
+    prepare(10000);
     // No trap here: the tool itself must not die of SIGXFSZ.
     expect_save_failed(run_tool({"-O", "out", "data"}, scratch.path(), "ulimit -f 64"));
-}
-
-TEST_F(SaveFaults, FullDiskFailsTheSaveAndKeepsTheFormerSet) {
-    TmpfsMount const disk(out(), 128);
-    if (!disk.mounted)
-        GTEST_SKIP() << "needs a small file system of its own: " << disk.why;
-    prepare(10000);
+    if (!disk.mounted())
+        GTEST_SKIP() << "a full disk needs a small file system of its own: " << disk.why;
     expect_save_failed(run_tool({"-O", "out", "data"}, scratch.path()));
 }
 
@@ -507,7 +471,7 @@ TEST_F(SaveFaults, OutputMadeReadOnlyWhileTheToolRunsFailsTheSave) {
     // Root writes through any mode: its OUTPUT is a file system that is
     // remounted read-only.
     TmpfsMount const disk(out(), 1024);
-    if (root && !disk.mounted)
+    if (root && !disk.mounted())
         GTEST_SKIP() << "as root, needs a file system to remount: " << disk.why;
     prepare(10);
     // Far more progress than the pipe holds: the tool cannot reach the save
@@ -532,7 +496,7 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
     QByteArray boundary;
     for (int i = 0; i < points; ++i)
         boundary +=
-            QString("<PNT A=\"2\" C=\"52.%1\" D=\"7.%1\"/>\n").arg(i, 9, 10, QChar('0')).toLatin1();
+            QString::asprintf("<PNT A=\"2\" C=\"52.%09d\" D=\"7.%09d\"/>\n", i, i).toLatin1();
     load("<PFD A=\"PFD1\" C=\"Field\" D=\"1\"><PLN A=\"1\"><LSG A=\"1\">" + boundary +
          "</LSG></PLN></PFD>");
     write("taskdata/LINKLIST.XML",
@@ -541,16 +505,13 @@ TEST_F(SaveFaults, KilledSaveLeavesTheFormerOrTheNewSetAndItsLeftoversGoNextTime
     write_former_set();
 
     // How long a save takes, from its first staged file to the end.
-    qint64 save_ms = 0;
-    {
-        BackgroundTool tool({"-O", "reference", "data"}, scratch.path());
-        tool.wait_for_staged(scratch.file("reference"), "TASKDATA.XML");
-        QElapsedTimer timer;
-        timer.start();
-        ASSERT_EQ(tool.finish(), 0) << read_file(tool.err.fileName()).constData();
-        save_ms = std::max<qint64>(timer.elapsed(), 1);
-        ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
-    }
+    BackgroundTool reference({"-O", "reference", "data"}, scratch.path());
+    reference.wait_for_staged(scratch.file("reference"), "TASKDATA.XML");
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(reference.finish(), 0) << read_file(reference.err.fileName()).constData();
+    qint64 const save_ms = std::max<qint64>(timer.elapsed(), 1);
+    ASSERT_EQ(new_set_fault(scratch.file("reference"), points), QString());
 
     // Killed while TASKDATA.XML is being staged, at moments spread over the
     // save, and just as the last staged file appears, before the renames:

@@ -3,11 +3,9 @@
 #include <QDataStream>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
-#include <algorithm>
 #include <csignal>
 
 #include <fcntl.h>
@@ -20,10 +18,9 @@ extern char** environ;
 
 namespace test_support {
 
-ScratchDir::ScratchDir() {
-    QTemporaryDir dir(QDir::tempPath() + "/tdm-test-XXXXXX");
-    dir.setAutoRemove(false);
-    path_ = dir.path();
+ScratchDir::ScratchDir()
+    : path_(QDir::tempPath() + "/tdm-test-" + QUuid::createUuid().toString(QUuid::Id128)) {
+    make_dirs(path_);
 }
 
 ScratchDir::~ScratchDir() {
@@ -81,13 +78,12 @@ pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, 
     for (QString const& word : command)
         argv.push_back(words.emplace_back(QFile::encodeName(word)).data());
     argv.push_back(nullptr);
-    QByteArray const dir = QFile::encodeName(working_dir);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, out_fd, 1);
     posix_spawn_file_actions_adddup2(&actions, err_fd, 2);
     if (!working_dir.isEmpty())
-        posix_spawn_file_actions_addchdir_np(&actions, dir.constData());
+        posix_spawn_file_actions_addchdir_np(&actions, QFile::encodeName(working_dir).constData());
     pid_t pid = -1;
     if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
         pid = -1;
@@ -98,10 +94,9 @@ pid_t spawn(QStringList const& command, QString const& working_dir, int out_fd, 
 // The output goes to files, which never fill up and stall the child as a
 // pipe that nobody reads would.
 ToolRun run_program(QStringList const& command, QString const& working_dir, bool merge_channels) {
-    ToolRun run;
     QTemporaryFile out, err;
     if (!out.open() || !err.open())
-        return run;
+        return {};
     pid_t const pid =
         spawn(command, working_dir, out.handle(), (merge_channels ? out : err).handle());
     int status = -1; // neither exited nor signalled
@@ -111,11 +106,8 @@ ToolRun run_program(QStringList const& command, QString const& working_dir, bool
             ADD_FAILURE() << command.join(' ').toStdString() << " did not finish";
             killed = ::kill(pid, SIGKILL) == 0;
         }
-    run.out = read_file(out.fileName());
-    run.err = read_file(err.fileName());
-    if (WIFEXITED(status))
-        run.exit_code = WEXITSTATUS(status);
-    return run;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(out.fileName()),
+            read_file(err.fileName())};
 }
 
 QStringList command_of(QString const& program) {
@@ -131,51 +123,11 @@ ToolRun run_tool(QStringList const& arguments, QString const& working_dir,
                        working_dir);
 }
 
-QString XmlElement::attribute(QString const& name) const {
-    for (auto const& attribute : attributes)
-        if (attribute.first == name)
-            return attribute.second;
-    return QString();
-}
-
-bool XmlElement::has_attribute(QString const& name) const {
-    return std::any_of(attributes.begin(), attributes.end(),
-                       [&](auto const& attribute) { return attribute.first == name; });
-}
-
-QList<XmlElement> XmlElement::all(QString const& wanted) const {
-    QList<XmlElement> found;
-    for (XmlElement const& child : children) {
-        if (child.tag == wanted)
-            found.append(child);
-        found.append(child.all(wanted));
-    }
-    return found;
-}
-
-QStringList XmlElement::values(QString const& wanted, QString const& attribute) const {
-    QStringList found;
-    for (XmlElement const& element : all(wanted))
-        found << element.attribute(attribute);
-    return found;
-}
-
-XmlElement XmlElement::find(QString const& wanted, QString const& attribute,
-                            QString const& value) const {
-    for (XmlElement const& element : all(wanted))
-        if (element.attribute(attribute) == value)
-            return element;
-    ADD_FAILURE() << "no " << wanted.toStdString() << " with " << attribute.toStdString() << " "
-                  << value.toStdString();
-    return XmlElement();
-}
-
 // The element at the reader's start tag, read to its end tag.
 static XmlElement element_at(QXmlStreamReader& xml) {
     XmlElement element{xml.qualifiedName().toString(), {}, {}, {}};
     for (auto const& attribute : xml.attributes())
-        element.attributes.append(
-            {attribute.qualifiedName().toString(), attribute.value().toString()});
+        element.attributes += {attribute.qualifiedName().toString(), attribute.value().toString()};
     while (xml.readNext() != QXmlStreamReader::EndElement && !xml.hasError())
         if (xml.isStartElement())
             element.children.append(element_at(xml));
@@ -193,21 +145,19 @@ XmlElement read_xml(QString const& path) {
     XmlElement const root = xml.readNextStartElement() ? element_at(xml) : XmlElement();
     while (!xml.atEnd())
         xml.readNext();
-    if (xml.hasError())
-        ADD_FAILURE() << path.toStdString() << ":" << xml.lineNumber() << ": "
-                      << xml.errorString().toStdString();
+    EXPECT_FALSE(xml.hasError()) << path.toStdString() << ":" << xml.lineNumber() << ": "
+                                 << xml.errorString().toStdString();
     return root;
 }
 
 // One line per element in document order, indented by its depth, with its
 // attributes sorted.
 static QStringList lines_of(XmlElement const& element, QString const& indent = QString()) {
-    auto attributes = element.attributes;
-    std::sort(attributes.begin(), attributes.end());
-    QString line = indent + '<' + element.tag;
-    for (auto const& attribute : attributes)
-        line += QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
-    QStringList lines{line + '>'};
+    QStringList attributes;
+    for (auto const& attribute : element.attributes)
+        attributes << QString(" %1=\"%2\"").arg(attribute.first, attribute.second);
+    attributes.sort();
+    QStringList lines{indent + '<' + element.tag + attributes.join("") + '>'};
     for (XmlElement const& child : element.children)
         lines += lines_of(child, indent + "  ");
     return lines;
@@ -218,60 +168,18 @@ QString difference(XmlElement const& expected, XmlElement const& actual) {
     for (int i = 0; i < std::max(want.size(), got.size()); ++i)
         if (want.value(i) != got.value(i))
             return QString("at element %1:\n  expected %2\n  actual   %3")
-                .arg(i)
-                .arg(want.value(i), got.value(i));
+                .arg(QString::number(i), want.value(i), got.value(i));
     return QString();
 }
 
 QString shared_dir() {
-    QString const dir = TDM_SHARED_DIR;
-    return QFileInfo::exists(dir + "/isoxml/xsd") ? dir : QString();
+    return QFileInfo::exists(TDM_SHARED_DIR "/isoxml/xsd") ? TDM_SHARED_DIR : QString();
 }
 
 QString validate_set(QString const& dir, bool& valid) {
     ToolRun const run = run_program({shared_dir() + "/tools/validate-taskdata", dir}, {}, true);
     valid = run.exit_code == 0;
     return QString::fromUtf8(run.out);
-}
-
-void DisplayTree::load(QByteArray const& elements) const {
-    write("taskdata/TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" +
-                                       elements + "</ISO11783_TaskData>");
-}
-
-void DisplayTree::load_saved() const {
-    for (QString const name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
-        write("taskdata/" + name, read_file(scratch.file("out/" + name)));
-}
-
-ToolRun DisplayTree::run(QStringList const& options) const {
-    ToolRun result = run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
-    EXPECT_EQ(result.exit_code, 0) << result.err.constData();
-    return result;
-}
-
-QList<XmlElement> DisplayTree::saved(QString const& tag, QString const& attribute,
-                                     QString const& value) const {
-    QList<XmlElement> found;
-    for (XmlElement const& element : saved().all(tag))
-        if (element.attribute(attribute) == value)
-            found << element;
-    return found;
-}
-
-QHash<QString, QUuid> DisplayTree::identities() const {
-    QHash<QString, QUuid> result;
-    QString const path = scratch.file("out/LINKLIST.XML");
-    if (!read_file(path).isEmpty())
-        for (XmlElement const& link : read_xml(path).all("LNK"))
-            result.insert(link.attribute("A"), QUuid(link.attribute("B")));
-    return result;
-}
-
-void DisplayTree::expect_valid_set() const {
-    bool valid = shared_dir().isEmpty();
-    QString const report = valid ? QString() : validate_set(scratch.file("out"), valid);
-    EXPECT_TRUE(valid) << report.toStdString();
 }
 
 } // namespace test_support

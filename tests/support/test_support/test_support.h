@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include <sys/types.h>
@@ -75,14 +76,47 @@ struct XmlElement {
     QList<XmlElement> children;
     QString text; // the character data directly inside, joined
 
-    QString attribute(QString const& name) const; // empty when absent
-    bool has_attribute(QString const& name) const;
-    QList<XmlElement> all(QString const& tag) const; // descendants, document order
-    // The `attribute` of every descendant `tag`, in document order.
-    QStringList values(QString const& tag, QString const& attribute) const;
-    // The first descendant `tag` whose `attribute` is `value`; a failure and
+    QString attribute(QString const& name) const { // empty when absent
+        for (auto const& attribute : attributes)
+            if (attribute.first == name)
+                return attribute.second;
+        return QString();
+    }
+    bool has_attribute(QString const& name) const {
+        return std::any_of(attributes.begin(), attributes.end(),
+                           [&](auto const& attribute) { return attribute.first == name; });
+    }
+    QList<XmlElement> all(QString const& wanted) const { // descendants, document order
+        QList<XmlElement> found;
+        for (XmlElement const& child : children)
+            found += (child.tag == wanted ? QList<XmlElement>{child} : QList<XmlElement>()) +
+                     child.all(wanted);
+        return found;
+    }
+    // The descendants `wanted` whose `attribute` is `value`, in document order.
+    QList<XmlElement> where(QString const& wanted, QString const& attribute,
+                            QString const& value) const {
+        QList<XmlElement> found;
+        for (XmlElement const& element : all(wanted))
+            if (element.attribute(attribute) == value)
+                found << element;
+        return found;
+    }
+    // The `attribute` of every descendant `wanted`, in document order.
+    QStringList values(QString const& wanted, QString const& attribute) const {
+        QStringList found;
+        for (XmlElement const& element : all(wanted))
+            found << element.attribute(attribute);
+        return found;
+    }
+    // The first descendant `wanted` whose `attribute` is `value`; a failure and
     // an empty element when there is none.
-    XmlElement find(QString const& tag, QString const& attribute, QString const& value) const;
+    XmlElement find(QString const& wanted, QString const& attribute, QString const& value) const {
+        QList<XmlElement> const found = where(wanted, attribute, value);
+        EXPECT_FALSE(found.isEmpty()) << "no " << wanted.toStdString() << " with "
+                                      << attribute.toStdString() << " " << value.toStdString();
+        return found.value(0);
+    }
 };
 
 // Parses a whole XML file; fails the current test on malformed XML.
@@ -115,21 +149,43 @@ protected:
         write_file(data(relative), content);
     }
     // A set in data/taskdata for the tool to load, from its elements.
-    void load(QByteArray const& elements) const;
+    void load(QByteArray const& elements) const {
+        write("taskdata/TASKDATA.XML", "<ISO11783_TaskData VersionMajor=\"4\" VersionMinor=\"3\">" +
+                                           elements + "</ISO11783_TaskData>");
+    }
     // The set of the last run becomes the one the next run loads.
-    void load_saved() const;
+    void load_saved() const {
+        for (QString const name : {"TASKDATA.XML", "LINKLIST.XML", "GUIDLIST.XML"})
+            write("taskdata/" + name, read_file(scratch.file("out/" + name)));
+    }
 
     // The tool on data with `options`, writing into out; a failure unless it
     // ends with status 0.
-    ToolRun run(QStringList const& options = {}) const;
+    ToolRun run(QStringList const& options = {}) const {
+        ToolRun result = run_tool(options + QStringList{"-O", "out", "data"}, scratch.path());
+        EXPECT_EQ(result.exit_code, 0) << result.err.constData();
+        return result;
+    }
     XmlElement saved() const { return read_xml(scratch.file("out/TASKDATA.XML")); }
     // The saved elements `tag` whose `attribute` is `value`, in document order.
     QList<XmlElement> saved(QString const& tag, QString const& attribute,
-                            QString const& value) const;
+                            QString const& value) const {
+        return saved().where(tag, attribute, value);
+    }
     // Element ID to identity, from out/LINKLIST.XML (empty when there is none).
-    QHash<QString, QUuid> identities() const;
+    QHash<QString, QUuid> identities() const {
+        QHash<QString, QUuid> result;
+        if (!read_file(scratch.file("out/LINKLIST.XML")).isEmpty())
+            for (XmlElement const& link : read_xml(scratch.file("out/LINKLIST.XML")).all("LNK"))
+                result.insert(link.attribute("A"), QUuid(link.attribute("B")));
+        return result;
+    }
     // The written set checked against the schemas, where ../shared is there.
-    void expect_valid_set() const;
+    void expect_valid_set() const {
+        bool valid = shared_dir().isEmpty();
+        QString const report = valid ? QString() : validate_set(scratch.file("out"), valid);
+        EXPECT_TRUE(valid) << report.toStdString();
+    }
 
     ScratchDir scratch;
 };
