@@ -16,38 +16,33 @@ namespace {
 // A saved polygon as "'designator' type/line type colour enabled 'category'
 // points", "-" for what is not there, and the line string's designator
 // where it differs.
-Lines rings(QList<XmlElement> const& polygons) {
-    Lines lines;
+QStringList rings(QList<XmlElement> const& polygons) {
+    QStringList lines;
     for (XmlElement const& polygon : polygons) {
         XmlElement const line = polygon.all("LSG").value(0);
-        auto value = [](XmlElement const& element, char const* name) {
-            return element.has_attribute(name) ? element.attribute(name) : "-";
-        };
-        QString text =
-            QStringList({"'" + polygon.attribute("B") + "'",
-                         polygon.attribute("A") + '/' + line.attribute("A"), value(polygon, "D"),
-                         value(line, "P231_enabled"), "'" + value(line, "P231_category") + "'",
-                         QString::number(line.all("PNT").size())})
-                .join(' ');
+        auto value = [&line](char const* name) { return summary({line}, {name})[0]; };
+        QString text = "'" + polygon.attribute("B") + "' " + polygon.attribute("A") + '/' +
+                       value("A") + ' ' + summary({polygon}, {"D"})[0] + ' ' +
+                       value("P231_enabled") + " '" + value("P231_category") + "' " +
+                       QString::number(line.all("PNT").size());
         if (line.attribute("B") != polygon.attribute("B"))
-            text += " line " + value(line, "B");
-        lines.push_back(text.toStdString());
+            text += " line " + value("B");
+        lines << text;
     }
     return lines;
 }
 
 // A group as "ID name", then each of its patterns as "ID B C E F" with its
 // line string's type and the types of its points.
-Lines groups(QList<XmlElement> const& saved) {
-    Lines lines;
+QStringList groups(QList<XmlElement> const& saved) {
+    QStringList lines;
     for (XmlElement const& group : saved) {
-        lines.push_back((group.attribute("A") + ' ' + group.attribute("B")).toStdString());
+        lines << summary({group}, {"A", "B"});
         for (XmlElement const& pattern : group.all("GPN")) {
-            QString line = "  " + summary({pattern}, {"A", "B", "C", "E", "F"}).join("");
+            lines << "  " + summary({pattern}, {"A", "B", "C", "E", "F"})[0];
             for (XmlElement const& linestring : pattern.all("LSG"))
-                line += " | " + linestring.attribute("A") + ": " +
-                        summary(linestring.all("PNT"), {"A"}).join(' ');
-            lines.push_back(line.toStdString());
+                lines.back() += " | " + linestring.attribute("A") + ": " +
+                                summary(linestring.all("PNT"), {"A"}).join(' ');
         }
     }
     return lines;
@@ -154,15 +149,15 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
 
     // Every ring is closed: the first point comes again at the end.
     EXPECT_EQ(rings(saved("PLN", "Order")),
-              Lines({"'first-1' 1/1 9 1 '' 5", "'first-2' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 4",
-                     "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 6"}));
+              QStringList({"'first-1' 1/1 9 1 '' 5", "'first-2' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 4",
+                           "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 6"}));
+    // A disabled ring (r2) keeps the type it was made with; zones come in walk
+    // order, sub/more before wet.
     EXPECT_EQ(rings(saved("PLN", "Rows")),
-              Lines({"'r0' 1/1 9 1 'Outer' 5", "'r1' 1/2 9 1 'Wet' 5",
-                     "'r2' 1/1 9 0 'Off' 5", // a disabled ring keeps the type it was made with
-                     "'Grünland' 1/1 9 1 '' 5", "'r7' 1/1 9 1 'X' 5", "'' 1/1 9 1 '' 5",
-                     // Zones in walk order: sub/more before wet.
-                     "'z2' 1/2 9 1 '' 5", "'z0' 1/2 9 1 '' 5", "'z3' 1/2 9 1 'Pond' 5"}));
-    EXPECT_EQ(rings(saved("PLN", "Kinds")), Lines({"'a' 1/1 9 0 '' 5", "'b' 1/1 9 1 '' 5"}));
+              QStringList({"'r0' 1/1 9 1 'Outer' 5", "'r1' 1/2 9 1 'Wet' 5", "'r2' 1/1 9 0 'Off' 5",
+                           "'Grünland' 1/1 9 1 '' 5", "'r7' 1/1 9 1 'X' 5", "'' 1/1 9 1 '' 5",
+                           "'z2' 1/2 9 1 '' 5", "'z0' 1/2 9 1 '' 5", "'z3' 1/2 9 1 'Pond' 5"}));
+    EXPECT_EQ(rings(saved("PLN", "Kinds")), QStringList({"'a' 1/1 9 0 '' 5", "'b' 1/1 9 1 '' 5"}));
 
     // Areas in whole square metres, either way round; the ring of two points
     // is kept, and closed.
@@ -183,13 +178,12 @@ TEST_F(BoundaryImport, FilesRowsAreasAndLinesOfFields) {
     // stand: x east, y north.
     QList<XmlElement> const saved_groups = saved("GGP", "Lines");
     EXPECT_EQ(groups(saved_groups),
-              Lines({"GGP1 Empty", "GGP2 named", "GGP3 Points", "  GPN1 - 3 4 4", "GGP4 Set",
-                     "  GPN2 - 3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP5 broken", "GGP6 m",
-                     "GGP7 Points", "GGP8 Polygons", "GGP9 Set", "  GPN3 - 3 1 1 | 5: 6 9 7",
-                     "  GPN4 - 3 1 1 | 5: 6 7 6", "  GPN5 - 3 1 1 | 5: 6 9 9 7", "GGP10 z"}));
-    XmlElement const second = saved_groups.value(8).all("PNT").value(1);
-    EXPECT_EQ(second.attribute("C"), "52.001");
-    EXPECT_EQ(second.attribute("D"), "9.001");
+              QStringList({"GGP1 Empty", "GGP2 named", "GGP3 Points", "  GPN1 - 3 4 4", "GGP4 Set",
+                           "  GPN2 - 3 4 4 | 5: 6 9 7 6 7 6 6 9 9 7", "GGP5 broken", "GGP6 m",
+                           "GGP7 Points", "GGP8 Polygons", "GGP9 Set", "  GPN3 - 3 1 1 | 5: 6 9 7",
+                           "  GPN4 - 3 1 1 | 5: 6 7 6", "  GPN5 - 3 1 1 | 5: 6 9 9 7", "GGP10 z"}));
+    EXPECT_EQ(summary({saved_groups.value(8).all("PNT").value(1)}, {"C", "D"}),
+              QStringList({"52.001 9.001"}));
 }
 
 TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
@@ -224,10 +218,10 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
     write_rings(field("Boundaries/b"), 9.0, {{{}, "new-1"}, {{}, "new-2"}});
     run({"-m"});
 
-    Lines expected = {"'kept-null' 1/1 - - '-' 1 line -", "'other type' 2/1 - - '-' 1 line -",
-                      // Of two line strings with one identity only the later goes.
-                      "'kept-twin' 1/1 - - '-' 1 line -", "'new-1' 1/1 9 1 '' 5",
-                      "'new-2' 1/1 9 1 '' 5"};
+    QStringList expected = {"'kept-null' 1/1 - - '-' 1 line -", "'other type' 2/1 - - '-' 1 line -",
+                            // Of two line strings with one identity only the later goes.
+                            "'kept-twin' 1/1 - - '-' 1 line -", "'new-1' 1/1 9 1 '' 5",
+                            "'new-2' 1/1 9 1 '' 5"};
     EXPECT_EQ(rings(saved("PLN", "Field")), expected);
     expect_valid_set();
 
@@ -237,7 +231,7 @@ TEST_F(BoundaryImport, AFormerRunsRingsAreReplacedOthersStay) {
     EXPECT_EQ(first.size(), 4);
     load_saved();
     run({"-m"});
-    expected.erase(expected.begin() + 2);
+    expected.removeAt(2);
     EXPECT_EQ(rings(saved("PLN", "Field")), expected);
     QStringList const second =
         summary(read_xml(scratch.file("out/LINKLIST.XML")).all("LNK"), {"B"});
@@ -258,10 +252,11 @@ TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
                  {{{{9.0, 52.0}, {9.001, 52.0}}},
                   {rectangle(9.0, 52.0, 0.001, 0.001)},
                   {rectangle(9.1, 52.0, 0.001, 0.001)}});
-    write_table(field("Boundaries/shapes.dbf"), boundary_columns(),
+    QString const dbf = field("Boundaries/shapes.dbf");
+    write_table(dbf, boundary_columns(),
                 {{"a", "row0", 0, 1}, {"b", "row1", 0, 1}, {"c", "row2", 0, 1}});
-    QByteArray const table = read_file(field("Boundaries/shapes.dbf"));
-    write_file(field("Boundaries/shapes.dbf"), table.left(table.size() - 1 - 30)); // in row 2
+    // The end-of-file mark and 30 bytes of the last row cut off.
+    write_file(dbf, read_file(dbf).chopped(31));
     // Zones: garbage, a shapefile without its index, and one good ring.
     write_file(field("Zones/a.shp"), QByteArray(500, '\x42'));
     write_shapes(field("Zones/b"), SHPT_POLYGON, {{rectangle(9.2, 52.0, 0.001, 0.001)}});
@@ -271,9 +266,9 @@ TEST_F(BoundaryImport, DamagedFilesLoseOnlyThemselves) {
     write_file(field("flagpoints.ini"), "0\n1\n52.1\n9.1\n4\nStone\n");
     run();
 
-    EXPECT_EQ(
-        rings(saved("PLN", "Field")),
-        Lines({"'row1' 1/2 9 1 'b' 5", "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 0",
-               "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 3", "'' 1/1 9 1 '' 4", "'' 1/2 9 1 '' 5"}));
+    EXPECT_EQ(rings(saved("PLN", "Field")),
+              QStringList({"'row1' 1/2 9 1 'b' 5", "'' 1/1 9 1 '' 5", "'' 1/1 9 1 '' 0",
+                           "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 0", "'' 1/1 9 1 '' 3",
+                           "'' 1/1 9 1 '' 4", "'' 1/2 9 1 '' 5"}));
     EXPECT_EQ(DisplayTree::saved("PNT", "B", "Stone").size(), 1);
 }

@@ -47,10 +47,6 @@ void add_parts(QJsonArray const& coordinates, std::vector<Part>& parts) {
             add_parts(inner.toArray(), parts);
 }
 
-template <class Field> Field const& field(EsriDbfRecord const* row, unsigned column) {
-    return dynamic_cast<Field const&>(*row->GetField(column));
-}
-
 } // namespace
 
 TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
@@ -61,10 +57,9 @@ TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
         QJsonArray const features =
             QJsonDocument::fromJson(read_file(dir + name + ".json"))["features"].toArray();
         EsriShapeFile file;
-        ASSERT_TRUE(file.Open(dir + name + ".shp", true));
-        ASSERT_EQ(file.GetNumberOfRecords(), static_cast<unsigned>(features.size()));
         EsriDbfFile table;
-        ASSERT_TRUE(table.Open(dir + name + ".dbf", true));
+        ASSERT_TRUE(file.Open(dir + name + ".shp", true) && table.Open(dir + name + ".dbf", true));
+        ASSERT_EQ(file.GetNumberOfRecords(), static_cast<unsigned>(features.size()));
         ASSERT_EQ(table.GetNumberOfRecords(), file.GetNumberOfRecords());
 
         std::vector<unsigned> ring_records; // every ring of a polygon, outer or hole
@@ -81,7 +76,9 @@ TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
             if (record->GetShape(0)->shapeType() == SHPT_POLYGON)
                 ring_records.insert(ring_records.end(), parts.size(), i);
             // The only column, FID, is 11 digits wide: a number field.
-            EXPECT_EQ(field<EsriDbfNumberField>(table.GetRecord(i), 0).GetValue(), i);
+            EXPECT_EQ(dynamic_cast<EsriDbfNumberField const&>(*table.GetRecord(i)->GetField(0))
+                          .GetValue(),
+                      i);
         }
         ASSERT_EQ(file.GetPolygons().size(), ring_records.size());
         for (size_t ring = 0; ring < ring_records.size(); ++ring)
@@ -91,8 +88,8 @@ TEST(SharedShapefiles, ReadAsTheirGeoJsonSays) {
     }
 }
 
-// A table of every column kind, read whole, then cut at every byte of each
-// file: FIFOs and truncations are read safely.
+// Shapes and a table of every column kind, cut at every byte of each file:
+// FIFOs, missing files and truncations are read safely.
 TEST(EsriFiles, ColumnKindsAndEveryTruncation) {
     ScratchDir scratch;
     auto base = [&scratch](QString const& name) { return scratch.file(name); };
@@ -107,33 +104,12 @@ TEST(EsriFiles, ColumnKindsAndEveryTruncation) {
                  {"Flag", FTLogical, 1, 0}},
                 {{"  North ", -42, 7, -2.5, "20240131", true},
                  {QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), false}});
-    EsriDbfFile table;
-    ASSERT_TRUE(table.Open(base("f.dbf"), true));
-    ASSERT_EQ(table.GetNumberOfFieldDescriptors(), 6u);
-    EXPECT_STREQ(table.GetFieldDescriptor(3)->name, "Decimal");
-    EXPECT_EQ(table.GetFieldDescriptor(3)->type, 'N');
-    ASSERT_EQ(table.GetNumberOfRecords(), 2u);
-    EsriDbfRecord const* row = table.GetRecord(0);
-    ASSERT_EQ(row->GetNumberOfFields(), 6u);
-    EXPECT_STREQ(field<EsriDbfCharacterField>(row, 0).GetCharacters(), "North");
-    EXPECT_EQ(field<EsriDbfIntegerField>(row, 1).GetValue(), -42);
-    EXPECT_EQ(field<EsriDbfNumberField>(row, 2).GetValue(), 7.0);
-    EXPECT_EQ(field<EsriDbfNumberField>(row, 3).GetValue(), -2.5);
-    EXPECT_STREQ(field<EsriDbfCharacterField>(row, 4).GetCharacters(), "20240131");
-    EXPECT_TRUE(field<EsriDbfLogicalField>(row, 5).GetValue());
-    // Empty values are no fields.
-    row = table.GetRecord(1);
-    for (unsigned column : {0u, 1u, 2u, 3u, 4u})
-        EXPECT_EQ(row->GetField(column), nullptr) << column;
-    EXPECT_FALSE(field<EsriDbfLogicalField>(row, 5).GetValue());
-    EXPECT_FALSE(table.Open(base("none.dbf"), true));
-    EXPECT_EQ(table.GetNumberOfRecords(), 0u);
-
     // Opening a FIFO would wait for a writer for ever.
     ASSERT_EQ(mkfifo(QFile::encodeName(base("pipe.shp")).constData(), 0600), 0);
     ASSERT_EQ(mkfifo(QFile::encodeName(base("pipe.dbf")).constData(), 0600), 0);
     EXPECT_FALSE(EsriShapeFile().Open(base("pipe.shp"), true));
     EXPECT_FALSE(EsriDbfFile().Open(base("pipe.dbf"), true));
+    EXPECT_FALSE(EsriDbfFile().Open(base("none.dbf"), true));
     // Each cut makes shapelib complain in the debug log; a thousand times over.
     QLoggingCategory::setFilterRules("*.debug=false");
     for (QString const suffix : {".shp", ".shx", ".dbf"}) {
@@ -151,10 +127,8 @@ TEST(EsriFiles, ColumnKindsAndEveryTruncation) {
             }
             // A row is there whole or not at all: the second ends in its flag.
             EsriDbfFile cut;
-            if (cut.Open(base("cut.dbf"), true)) {
-                EXPECT_LE(cut.GetNumberOfRecords(), 2u);
-                EXPECT_TRUE(cut.GetNumberOfRecords() < 2 || cut.GetRecord(1)->GetField(5));
-            }
+            EXPECT_TRUE(!cut.Open(base("cut.dbf"), true) || cut.GetNumberOfRecords() < 2 ||
+                        (cut.GetNumberOfRecords() == 2 && cut.GetRecord(1)->GetField(5)));
         }
     }
     QLoggingCategory::setFilterRules(QString());

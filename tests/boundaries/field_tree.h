@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <tuple>
 
-using Lines = std::vector<std::string>;
 using Vertex = std::pair<double, double>; // x, y
 using Part = std::vector<Vertex>;
 using Shape = std::vector<Part>; // no parts at all makes a null shape

@@ -107,7 +107,6 @@ TEST_F(ClientImport, MergeReusesByExactNameUnderTheSameParents) {
 TEST_F(ClientImport, ExampleTreeGivesAValidSet) {
     REQUIRE_SHARED_DIR();
     ToolRun const result = run_tool({"-O", "out", TDM_EXAMPLE_TREE}, scratch.path());
-    ASSERT_EQ(result.exit_code, 0) << result.err.constData();
-    EXPECT_TRUE(result.err.isEmpty()) << result.err.constData();
+    ASSERT_EQ(QByteArray::number(result.exit_code) + result.err, "0"); // no warning either
     expect_valid_set();
 }

@@ -33,11 +33,8 @@ protected:
         for (auto& attribute : product.attributes)
             if (attribute.first == "C") // the group by its name
                 attribute.second = saved("PGP", "A", attribute.second).value(0).attribute("B");
-        return QStringList(
-                   {summary({product}, {"F", "G"}).join(""),
-                    summary({product}, {"E", "C", "H"}).join(""),
-                    summary({product}, {"P231_preset0", "P231_preset1", "P231_incDec"}).join("")})
-            .join(" | ");
+        return summary({product}, {"F", "G"})[0] + " | " + summary({product}, {"E", "C", "H"})[0] +
+               " | " + summary({product}, {"P231_preset0", "P231_preset1", "P231_incDec"})[0];
     }
 
     // The ingredients of a saved mixture as "<designator> <quantity>, ...".
@@ -148,6 +145,13 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
     EXPECT_TRUE(result.out.endsWith("P: 93%\n\n")) << result.out.constData();
 
     QHash<QString, QUuid> const ids = identities();
+    // Elements as "<attribute> <identity>".
+    auto with_ids = [&ids](QList<XmlElement> const& elements, QString const& name) {
+        QStringList lines;
+        for (XmlElement const& element : elements)
+            lines << element.attribute(name) + ' ' + ids.value(element.attribute("A")).toString();
+        return lines;
+    };
     for (Row const& row : products + mixtures) {
         SCOPED_TRACE(row.name.toStdString());
         QList<XmlElement> const found = saved("PDT", "B", row.name);
@@ -157,18 +161,12 @@ TEST_F(ProductImport, ProductsAndMixturesOfOneTree) {
         EXPECT_EQ(ingredients(found[0]), row.ingredients);
     }
     EXPECT_EQ(saved().all("PDT").size(), products.size() + mixtures.size() + 2);
-    QStringList herbicides;
-    for (XmlElement const& herbicide : saved("PDT", "B", "Herbicide"))
-        herbicides << herbicide.attribute("C") + ' ' +
-                          ids.value(herbicide.attribute("A")).toString();
-    EXPECT_EQ(herbicides, QStringList({"PGP1 " + uid(1), "PGP1 " + uid(1)}));
+    EXPECT_EQ(with_ids(saved("PDT", "B", "Herbicide"), "C"),
+              QStringList({"PGP1 " + uid(1), "PGP1 " + uid(1)}));
 
     // Groups are found again by identity, one per chemical type, and only
     // those are linked.
-    QStringList groups;
-    for (XmlElement const& group : saved().all("PGP"))
-        groups << group.attribute("B") + " " + ids.value(group.attribute("A")).toString();
-    EXPECT_EQ(groups,
+    EXPECT_EQ(with_ids(saved().all("PGP"), "B"),
               QStringList({"Liquid Chemicals " + liquid.toString(), "Granular Chemicals " + other,
                            "Granular Chemicals " + granular.toString()}));
     EXPECT_FALSE(summary(saved().all("PDT"), {"C"}).contains("PGP2"));

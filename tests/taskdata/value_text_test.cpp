@@ -17,11 +17,10 @@ namespace {
 // The exact rounding of std::to_chars, as the text of degrees has it.
 QString exactly_rounded_degrees(double degrees) {
     char text[degrees_text_size];
-    char* end =
-        std::to_chars(text, text + degrees_text_size, degrees, std::chars_format::fixed, 9).ptr;
+    char* end = std::to_chars(text, std::end(text), degrees, std::chars_format::fixed, 9).ptr;
+    // Trailing zeros go, and the point with them.
     QString const result =
-        QString::fromLatin1(text, static_cast<int>(end - text))
-            .remove(QRegularExpression("\\.?0+$")); // trailing zeros, and the point
+        QString::fromLatin1(text, int(end - text)).remove(QRegularExpression("\\.?0+$"));
     return result == "-0" ? "0" : result;
 }
 
@@ -65,12 +64,10 @@ TEST(ValueText, OnlyWhatXmlCannotHoldIsReplacedAndNamesFollowXml10) {
     EXPECT_EQ(xml_safe(QString(QChar(0xDC00)) + QChar(0xD800)), "\uFFFD\uFFFD");
     EXPECT_EQ(xml_safe(QString(QChar(0xFFFE))), "\uFFFD");
     // At most one inner colon.
-    for (QString const& name : {QString("A"), QString("P231_x"), QString("a:b-c.d"), QString("_1"),
-                                QString("Süd·\u0301"), QString(QChar(0xD800)) + QChar(0xDC00)})
+    for (QString const name : {"A", "P231_x", "a:b-c.d", "_1", "Süd·\u0301", "\U00010000"})
         EXPECT_TRUE(is_xml_name(name)) << name.toStdString();
-    for (QString const& name :
-         {QString(), QString("1a"), QString("-a"), QString("\u00B7a"), QString("a b"),
-          QString("a\u037E"), QString("a\u00D7"), QString::fromLatin1("E\0", 2), QString("a\x7F"),
-          QString("a") + QChar(0xDC00), QString("a:b:c"), QString(":a"), QString("a:")})
+    for (QString const& name : QStringList{"", "1a", "-a", "\u00B7a", "a b", "a\u037E", "a\u00D7",
+                                           QString::fromLatin1("E\0", 2), "a\x7F",
+                                           QString("a") + QChar(0xDC00), "a:b:c", ":a", "a:"})
         EXPECT_FALSE(is_xml_name(name)) << name.toStdString();
 }
