@@ -7,8 +7,6 @@
 #include "patterns/guidance_curve.h"
 #include "patterns/point_history.h"
 
-#include <tuple>
-
 namespace {
 
 TGuidanceCurve lineOf(Path const& points, bool keepAll) {
@@ -37,8 +35,8 @@ TGuidanceCurve recorded(std::initializer_list<std::pair<float, float>> arcs) {
     return line;
 }
 
-// Heads north from the origin: the right side has positive x.
-TSegment const north(0, 0, 0, 100);
+// Heads north from the origin: the right side has positive x; and east.
+TSegment const north(0, 0, 0, 100), east(0, 0, 10, 0);
 
 } // namespace
 
@@ -129,7 +127,7 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
         {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f}};
     for (auto const& [line, distances, tolerancePerMetre] : cases) {
         ASSERT_GT(line.count(), 20);
-        for (float distance : distances) {
+        for (float distance : distances)
             for (bool byEvents : {true, false}) {
                 SCOPED_TRACE(testing::Message() << distance << (byEvents ? " by events" : ""));
                 TGuidanceCurve curve = line;
@@ -147,7 +145,6 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
                             << i << " " << j;
                     }
             }
-        }
     }
 }
 
@@ -176,9 +173,8 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
         {point.direction(), point.normal(), point.footPoint({9, 9}), point.closestPoint({9, 9})},
         {{0, 1}, {0, 1}, {3, 4}, {3, 4}}));
     LocalPoint out{1, 1};
-    EXPECT_FALSE(point.intersectLine(north, out));
-    EXPECT_FALSE(north.intersectSegment(point, out));
-    EXPECT_TRUE(samePath({out}, {{1, 1}}));
+    EXPECT_TRUE(!point.intersectLine(north, out) && !north.intersectSegment(point, out) &&
+                samePath({out}, {{1, 1}}));
 
     EXPECT_TRUE(samePath({north.normal()}, {{1, 0}}));
     EXPECT_EQ((std::vector<float>{north.signedLineDistance({3, 50}, {0, 1}),
@@ -193,7 +189,6 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
                                 TSegment(10, 0, 10, 5).positionOf({10, 6})}),
               (std::vector<int>{-1, 0, 0, 1}));
 
-    TSegment const east(0, 0, 10, 0);
     EXPECT_TRUE(samePath({east.closestPoint({15, 3}), east.closestOnRay({15, 3}, true),
                           east.closestOnRay({15, 3}, false), east.closestOnRay({-5, 3}, false),
                           east.closestOnRay({-5, 3}, true)},
@@ -223,10 +218,9 @@ TEST(Segment, CrossingsAreHalfOpen) {
 
     // Parallel lines leave `out` alone; a crossing outside this segment is written anyway.
     LocalPoint out{-1, -1};
-    EXPECT_TRUE(!TSegment(0, 0, 10, 0).intersectLine({0, 1, 10, 1}, out) && out.x == -1.0f);
-    EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLineOnThis({20, -5, 20, 5}, out));
-    EXPECT_TRUE(samePath({out}, {{20, 0}}));
-    EXPECT_TRUE(TSegment(0, 0, 10, 0).intersectLine({20, -5, 20, 5}, out));
+    EXPECT_TRUE(!east.intersectLine({0, 1, 10, 1}, out) && out.x == -1.0f);
+    EXPECT_TRUE(!east.intersectLineOnThis({20, -5, 20, 5}, out) && samePath({out}, {{20, 0}}) &&
+                east.intersectLine({20, -5, 20, 5}, out));
 }
 
 TEST(Segment, TracksWithBothSignConventions) {

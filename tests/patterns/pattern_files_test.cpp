@@ -9,8 +9,6 @@
 
 #include <QTemporaryDir>
 
-#include <tuple>
-
 namespace {
 
 GeoPoint const reference{52.5, 13.25, 41.0};
