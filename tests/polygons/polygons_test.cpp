@@ -11,8 +11,6 @@
 #include "polygons/point_compare.h"
 
 #include <algorithm>
-#include <functional>
-#include <tuple>
 
 namespace {
 
@@ -73,13 +71,13 @@ TEST(PlaneGeometry, DirectionsCrossingsAndNearestPoints) {
 
 TEST(PlaneGeometry, MeasuresOfPathsAndRings) {
     // Only rings have the closing segment; one point is a ring but no open path.
-    EXPECT_EQ(distanceToPath({1, 2}, square, false), 2.0);
-    EXPECT_EQ(distanceToPath({1, 2}, square, true), 1.0);
-    EXPECT_EQ(distanceToPath({1, 2}, {}, true), noDistance);
-    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, false), noDistance);
-    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, true), 5.0);
     // A segment without a number does not hide the others.
-    EXPECT_EQ(distanceToPath({3, 2}, {{notANumber, 0}, {0, 0}, {0, 4}}, false), 3.0);
+    EXPECT_EQ((std::vector<double>{
+                  distanceToPath({1, 2}, square, false), distanceToPath({1, 2}, square, true),
+                  distanceToPath({1, 2}, {}, true), distanceToPath({0, 0}, {{3, 4}}, false),
+                  distanceToPath({0, 0}, {{3, 4}}, true),
+                  distanceToPath({3, 2}, {{notANumber, 0}, {0, 0}, {0, 4}}, false)}),
+              (std::vector<double>{2, 1, noDistance, noDistance, 5, 3}));
 
     EXPECT_EQ((std::vector<float>{signedArea(square), signedArea(clockwiseSquare), signedArea({}),
                                   totalSignedArea({square, hole}), totalSignedArea({})}),
@@ -186,11 +184,10 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
         clipPaths({apart, island, outer, hole}, true, {}, ClipperLib::ctUnion, &groups, false);
     ASSERT_TRUE(rings.size() == 4 && groups.size() == 4);
     // Each ring after the ring that holds it, and in that ring's group.
-    std::vector<float> areas;
-    for (Path const& ring : rings)
-        areas.push_back(signedArea(ring));
     auto const at = [&](float area) {
-        return std::find(areas.begin(), areas.end(), area) - areas.begin();
+        return std::find_if(rings.begin(), rings.end(),
+                            [&](Path const& ring) { return signedArea(ring) == area; }) -
+               rings.begin();
     };
     EXPECT_TRUE(at(100) < at(-36) && at(-36) < at(4));
     EXPECT_EQ((std::vector<int>{groups[at(-36)], groups[at(4)]}),
@@ -229,7 +226,7 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     Path const straight{{0, 0}, {50, 0}};
     // East, a left U-turn narrower than twice the distance, then a right bend.
     Path const bent{{0, 0}, {20, 0}, {20, 3}, {5, 3}, {5, 20}};
-    for (float distance : {2.0f, -2.0f}) {
+    for (float distance : {2.0f, -2.0f})
         for (Path const& source : {straight, bent}) {
             SCOPED_TRACE(distance);
             PathList const lines = parallelPath(source, 0.0f, distance, 0.5f);
@@ -238,7 +235,6 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
             EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
                       distanceToPath(lines[0].front(), {source.front()}, true));
         }
-    }
 
     // In from the south-west, once round a circle of radius 10 counter-clockwise, out to the
     // south-east: the band of width 4 round the path leaves a hole inside the circle, bounded by
@@ -260,15 +256,16 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     expectBeside(*closed, loop, 2.0f, lineTolerance);
     PathList const right = parallelPath(loop, 0.0f, -2.0f, 0.5f);
     EXPECT_TRUE(std::none_of(right.begin(), right.end(), isClosed));
-    EXPECT_EQ(std::count_if(right.begin(), right.end(), std::mem_fn(&Path::empty)), 1);
+    EXPECT_EQ(
+        std::count_if(right.begin(), right.end(), [](Path const& line) { return line.empty(); }),
+        1);
 }
 
 TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
     // The hooks end 0.1 beyond the ends and 1e-4 to the right of the way out of the path, which
     // leaves both points of the path within 0.02 of the chord between them. Resampled into
     // pieces of at most 5 as the rule has it: t b + (1 - t) a, t = i / 3.
-    LocalPoint const a{0.0f - 0.1f, 1e-4f};
-    LocalPoint const b{10.0f + 0.1f, -1e-4f};
+    LocalPoint const a{0.0f - 0.1f, 1e-4f}, b{10.0f + 0.1f, -1e-4f};
     Path hooked{a};
     for (float t : {1.0f / 3.0f, 2.0f / 3.0f, 1.0f})
         hooked.push_back({t * b.x + (1.0f - t) * a.x, t * b.y + (1.0f - t) * a.y});
