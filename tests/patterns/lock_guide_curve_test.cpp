@@ -30,7 +30,7 @@ struct Literal {
 
     bool removeLoops() {
         bool cutAny = false;
-        for (int i = 1; i < size(); ++i) {
+        for (int i = 1; i < size(); ++i)
             for (int j = i - 2, c = 2; j > 1; --j, ++c) {
                 LocalPoint crossing;
                 if (c < size() / 2 && TSegment(result[i - 1], result[i])
@@ -41,7 +41,6 @@ struct Literal {
                     break;
                 }
             }
-        }
         return cutAny;
     }
 

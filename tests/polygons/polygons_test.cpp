@@ -15,8 +15,7 @@
 namespace {
 
 // Counter-clockwise with y up, 4 by 4, and a hole in it.
-Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
-Path const clockwiseSquare{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
+Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}}, clockwiseSquare{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
 Path const hole{{1, 1}, {1, 2}, {2, 2}, {2, 1}};
 
 bool contains(Path const& path, LocalPoint point) {
@@ -114,13 +113,11 @@ TEST(PlaneGeometry, ResamplingAndSimplification) {
     EXPECT_TRUE(samePath(resamplePath({{0, 0}, {notANumber, 0}}, 1), {{0, 0}, {notANumber, 0}}));
     EXPECT_TRUE(resamplePath({}, 1).empty());
 
-    // Only points strictly beyond the tolerance stay.
-    Path const bump{{0, 0}, {1, 1}, {2, 0}};
+    // Only points strictly beyond the tolerance stay. Of the plateau's two points at distance 1
+    // from the chord the earlier wins, and the later then lies 2 / sqrt(10) from its new chord.
+    Path const bump{{0, 0}, {1, 1}, {2, 0}}, plateau{{0, 0}, {1, 1}, {3, 1}, {4, 0}};
     EXPECT_TRUE(samePath(simplifyPath(bump, false, 1.0f), {{0, 0}, {2, 0}}));
     EXPECT_TRUE(samePath(simplifyPath(bump, false, std::nextafter(1.0f, 0.0f)), bump));
-    // Two points at distance 1 from the chord: the earlier wins, and the later then lies
-    // 2 / sqrt(10) from its new chord.
-    Path const plateau{{0, 0}, {1, 1}, {3, 1}, {4, 0}};
     EXPECT_EQ(simplifyPathIndices(plateau, false, 0.7f), (std::vector<int>{0, 1, 3}));
     // A ring is split at its point farthest from point 0; collinear points go.
     Path const ring{{0, 0}, {2, 0}, {4, 0}, {4, 4}, {0, 4}};
@@ -136,11 +133,10 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     // triangles of angle pi/32, so the area is 16 + 4 * 4 + 32 sin(pi/32). Inward by 1 the corners
     // meet at the square from 1 to 3. The points truncated onto the 0.1 mm grid can lose or gain
     // 1e-4 per unit of the perimeter.
-    PathList const grown = offsetAndUnite(square, -1.0f, 0.1f);
-    ASSERT_EQ(grown.size(), 1u);
+    PathList const grown = offsetAndUnite(square, -1.0f, 0.1f),
+                   shrunk = offsetAndUnite(square, 1.0f, 0.1f);
+    ASSERT_TRUE(grown.size() == 1 && shrunk.size() == 1);
     EXPECT_NEAR(signedArea(grown[0]), 32.0 + 32.0 * std::sin(M_PI / 32.0), (16 + 2 * M_PI) * 1e-4);
-    PathList const shrunk = offsetAndUnite(square, 1.0f, 0.1f);
-    ASSERT_EQ(shrunk.size(), 1u);
     EXPECT_NEAR(signedArea(shrunk[0]), 4.0, 8 * 1e-4);
 
     // Inward, each corner gives the two moved points and the unmoved corner, indexed after what
@@ -175,10 +171,8 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     EXPECT_EQ(signedArea(eight[0]), 1.0f);
 
     // An island of 4 in a hole of 36 in a ring of 100, and a ring of 9 apart.
-    Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-    Path const hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
-    Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}};
-    Path const apart{{20, 0}, {23, 0}, {23, 3}, {20, 3}};
+    Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}}, hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
+    Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}}, apart{{20, 0}, {23, 0}, {23, 3}, {20, 3}};
     std::vector<int> groups{9, 9, 9, 9, 9, 9};
     PathList const rings =
         clipPaths({apart, island, outer, hole}, true, {}, ClipperLib::ctUnion, &groups, false);
@@ -240,11 +234,9 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     // south-east: the band of width 4 round the path leaves a hole inside the circle, bounded by
     // the left side only.
     Path loop{{-20, -20}};
-    for (int degrees = -90; degrees <= 270; degrees += 10) {
-        double const angle = degrees * M_PI / 180.0;
-        loop.push_back(
-            {static_cast<float>(10 * std::cos(angle)), static_cast<float>(10 * std::sin(angle))});
-    }
+    for (int degrees = -90; degrees <= 270; degrees += 10)
+        loop.push_back({static_cast<float>(10 * std::cos(degrees * M_PI / 180.0)),
+                        static_cast<float>(10 * std::sin(degrees * M_PI / 180.0))});
     loop.push_back({20, -20});
     auto const isClosed = [](Path const& line) {
         return line.size() > 2 && line.front().x == line.back().x &&
