@@ -217,19 +217,17 @@ TEST(Geodetic_ellipsoid,
             for (double h : {-5000.0, 0.0, 300.0, 1e4, 1e5, 1e6, 2e7}) {
                 SCOPED_TRACE(testing::Message() << lat << ", " << lon << ", " << h);
                 PJ_COORD const xyz = forward(geocentric, lon, lat, h);
-                double const point[3] = {xyz.xyz.x, xyz.xyz.y, xyz.xyz.z};
                 GeoPoint back;
-                Decart2Geo(point, back.latitude, back.longitude, back.height);
+                Decart2Geo(xyz.v, back.latitude, back.longitude, back.height);
                 EXPECT_LT(
                     groundDistance({back.latitude / degree, back.longitude / degree}, {lat, lon}),
                     iterationTolerance);
                 EXPECT_NEAR(back.height, h, iterationTolerance);
             }
     // At the Earth's centre the first step divides 0 by 0; it runs on and ends without a signal.
-    GeoPoint centre{1.0, 1.0, 1.0};
-    Decart2Geo(0.0, 0.0, 0.0, centre.latitude, centre.longitude, centre.height);
-    EXPECT_TRUE(std::isnan(centre.latitude) && centre.longitude == 0.0 &&
-                std::isnan(centre.height));
+    GeoPoint core{1.0, 1.0, 1.0};
+    Decart2Geo(0.0, 0.0, 0.0, core.latitude, core.longitude, core.height);
+    EXPECT_TRUE(std::isnan(core.latitude) && core.longitude == 0.0 && std::isnan(core.height));
     // WGS-84 normal gravity by the closed formula, m/s^2; the series is good to 2 um/s^2. The
     // free-air gradient is 3.086 um/s^2 per metre at 45 degrees.
     EXPECT_NEAR(getLocalGravity(0.0, 0.0), 9.7803253359, 2e-6);

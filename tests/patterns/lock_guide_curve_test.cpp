@@ -47,8 +47,8 @@ struct Literal {
     bool gentle(LocalPoint p) const {
         if (previous.x == 0.0f || current.x == 0.0f)
             return true;
-        double turn = static_cast<double>(TSegment(current, p).heading()) -
-                      static_cast<double>(TSegment(previous, current).heading());
+        double turn =
+            double(TSegment(current, p).heading()) - TSegment(previous, current).heading();
         turn += turn > 180.0 ? -360.0 : turn < -180.0 ? 360.0 : 0.0;
         return turn >= -90.0 && turn <= 90.0;
     }

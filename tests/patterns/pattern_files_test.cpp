@@ -136,7 +136,7 @@ TEST(CurveGeometry, WalksByStraightLineDistance) {
     EXPECT_NEAR(TCurvePattern::lineAngle({0, 1}, {{0, 0}, {1, -1}}), 0.7853982f, 1e-6f);
 }
 
-TEST(PivotPattern, RingsChangeHalfASpacingFromEachRingAndTheOffsetKeepsTheirPlace) {
+TEST(PivotPattern, RingsChangeHalfASpacingFromEachRingOffsetsKeepThemAndCirclesFitTriples) {
     TPivotPattern pivot;
     pivot.setOffset(2.0f); // no pattern yet: nothing to shift
     EXPECT_EQ(pivot.offsetValue(), 0.0f);
@@ -154,9 +154,8 @@ TEST(PivotPattern, RingsChangeHalfASpacingFromEachRingAndTheOffsetKeepsTheirPlac
     }
     pivot.setSpacing(0.001f);
     EXPECT_EQ(pivot.ringForDistance(1000.0f), 0);
-}
 
-TEST(PivotPattern, FitCircleMeansTheCirclesOfTriplesWithoutLastNeighbours) {
+    // fitCircle means the circles of triples without last neighbours.
     // On the circle of radius 5 around (2, 3). Four points have the one triple (0, 1, 3):
     // d1 = 7 (8 + 2) + 2 (-2 - 3) + 2 (3 - 8) = 50, d2 = -50, and with s = 58, 68, 8 the centre
     // is (0.5 * 200 / 50, 0.5 * -300 / -50) = (2, 3), 5 from (2, -2).

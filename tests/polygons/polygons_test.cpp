@@ -162,7 +162,7 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     EXPECT_TRUE(offsetRing({}, nullptr, 1.0f, 0.1f).empty());
 }
 
-TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
+TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslandsBadPointsAndSpikesFail) {
     // The crossing at (1, 1) splits it into a counter-clockwise lobe of area 1 on the left and a
     // clockwise one on the right, which the positive fill drops.
     PathList const eight = clipPaths({{{0, 0}, {2, 2}, {2, 0}, {0, 2}}}, true, {},
@@ -196,9 +196,7 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
                 .empty());
         EXPECT_EQ(untouched, std::vector<int>{5});
     }
-}
 
-TEST(ClipPaths, OpenPathsWithASpikeFail) {
     // ClipperLib follows the horizontal spike from (2, 0) back to (0.1, 0) through a null
     // iterator when strictly simple, and leaves the horizontal edge after the spike to (0.7, 5.6)
     // among the crossing edges, with a slope of -1e40.
@@ -216,7 +214,7 @@ TEST(ClipPaths, OpenPathsWithASpikeFail) {
     }
 }
 
-TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
+TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignRunBackwardsAndHookWithoutOffset) {
     Path const straight{{0, 0}, {50, 0}};
     // East, a left U-turn narrower than twice the distance, then a right bend.
     Path const bent{{0, 0}, {20, 0}, {20, 3}, {5, 3}, {5, 20}};
@@ -251,9 +249,8 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     EXPECT_EQ(
         std::count_if(right.begin(), right.end(), [](Path const& line) { return line.empty(); }),
         1);
-}
 
-TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
+    // Without an offset the path comes back hooked; the guards give nothing.
     // The hooks end 0.1 beyond the ends and 1e-4 to the right of the way out of the path, which
     // leaves both points of the path within 0.02 of the chord between them. Resampled into
     // pieces of at most 5 as the rule has it: t b + (1 - t) a, t = i / 3.
