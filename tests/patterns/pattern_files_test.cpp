@@ -155,7 +155,7 @@ TEST(PivotPattern, RingsChangeHalfASpacingFromEachRingOffsetsKeepThemAndCirclesF
     pivot.setSpacing(0.001f);
     EXPECT_EQ(pivot.ringForDistance(1000.0f), 0);
 
-    // fitCircle means the circles of triples without last neighbours.
+    // fitCircle: the mean of the circles through triples without last neighbours.
     // On the circle of radius 5 around (2, 3). Four points have the one triple (0, 1, 3):
     // d1 = 7 (8 + 2) + 2 (-2 - 3) + 2 (3 - 8) = 50, d2 = -50, and with s = 58, 68, 8 the centre
     // is (0.5 * 200 / 50, 0.5 * -300 / -50) = (2, 3), 5 from (2, -2).
