@@ -7,8 +7,6 @@
 #include "patterns/guidance_curve.h"
 #include "patterns/point_history.h"
 
-#include <tuple>
-
 namespace {
 
 TGuidanceCurve lineOf(Path const& points, bool keepAll) {
@@ -37,23 +35,23 @@ TGuidanceCurve recorded(std::initializer_list<std::pair<float, float>> arcs) {
     return line;
 }
 
-// Heads north from the origin: the right side has positive x.
-TSegment const north(0, 0, 0, 100);
+// Heads north from the origin: the right side has positive x; and east.
+TSegment const north(0, 0, 0, 100), east(0, 0, 10, 0);
 
 } // namespace
 
 TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChordAndFoundByTheirPieces) {
+    // (11.5, 0.5) lies 1.58 from the last point: refused; (13, 0.05) lies 0.05 off the last
+    // piece: it replaces the last point.
     TGuidanceCurve line;
-    EXPECT_TRUE(line.add({0, 0}) && line.add({10, 0}));
-    EXPECT_FALSE(line.add({11.5f, 0.5f})); // 1.58 from the last point: refused
-    EXPECT_FALSE(line.add({13, 0.05f}));   // 0.05 off the last piece: replaces the last point
-    EXPECT_TRUE(line.add({20, 5}));
+    EXPECT_EQ((std::vector<bool>{line.add({0, 0}), line.add({10, 0}), line.add({11.5f, 0.5f}),
+                                 line.add({13, 0.05f}), line.add({20, 5})}),
+              (std::vector<bool>{true, true, false, false, true}));
     EXPECT_TRUE(samePath(line.points(), {{0, 0}, {13, 0.05f}, {20, 5}}));
     // keepAll keeps everything and leaves the last piece where it was, so that the next point
     // 0.05 off the line (0, 0)-(10, 0) replaces the kept one.
     TGuidanceCurve all = lineOf({{0, 0}, {10, 0}}, false);
-    EXPECT_TRUE(all.add({10.5f, 5}, true) && all.add({10.6f, 5}, true));
-    EXPECT_FALSE(all.add({20, 0.05f}));
+    EXPECT_TRUE(all.add({10.5f, 5}, true) && all.add({10.6f, 5}, true) && !all.add({20, 0.05f}));
     EXPECT_TRUE(samePath(all.points(), {{0, 0}, {10, 0}, {10.5f, 5}, {20, 0.05f}}));
 
     // The chord waits for a point more than 10 away.
@@ -66,8 +64,8 @@ TEST(GuidanceCurve, PointsAreThinnedAsTheLineGrowsUnderAChordAndFoundByTheirPiec
     bent.add({20, 0});
     EXPECT_NEAR(bent.maxDeviation(), 80.0f / std::sqrt(160.0f), 1e-5f);
     bent.finish();
-    EXPECT_EQ(bent.chord().end().x, 20.0f);
-    EXPECT_NEAR(bent.maxDeviation(), 4.0f, 1e-6f); // (12, 4) from y = 0
+    // (12, 4) from y = 0.
+    EXPECT_TRUE(bent.chord().end().x == 20.0f && std::fabs(bent.maxDeviation() - 4.0f) < 1e-6f);
     // A straight line has no deviation: with margin 0 even a point on it is not near.
     TGuidanceCurve straight = lineOf({{0, 0}, {20, 0}, {40, 0}}, false);
     EXPECT_TRUE(straight.count() == 2 && !straight.nearChord({10, 1}, 0.0f) &&
@@ -129,7 +127,7 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
         {recorded({{80, 400}, {12.57f, 5}, {80, 400}}), {-6.0f, -12.0f}, 0.0f}};
     for (auto const& [line, distances, tolerancePerMetre] : cases) {
         ASSERT_GT(line.count(), 20);
-        for (float distance : distances) {
+        for (float distance : distances)
             for (bool byEvents : {true, false}) {
                 SCOPED_TRACE(testing::Message() << distance << (byEvents ? " by events" : ""));
                 TGuidanceCurve curve = line;
@@ -147,7 +145,6 @@ TEST(GuidanceCurve, ParallelCurvesKeepTheirDistanceAndSideAndLoseTheirLoops) {
                             << i << " " << j;
                     }
             }
-        }
     }
 }
 
@@ -169,16 +166,15 @@ TEST(Segment, HeadingsAreClockwiseFromNorthThroughTwoReciprocals) {
     }
 }
 
-TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
+TEST(Segment, PointsAgainstTheLineZeroLengthSegmentsAndHalfOpenCrossings) {
     // A zero-length segment has fixed answers.
     TSegment const point({3, 4});
     EXPECT_TRUE(samePath(
         {point.direction(), point.normal(), point.footPoint({9, 9}), point.closestPoint({9, 9})},
         {{0, 1}, {0, 1}, {3, 4}, {3, 4}}));
     LocalPoint out{1, 1};
-    EXPECT_FALSE(point.intersectLine(north, out));
-    EXPECT_FALSE(north.intersectSegment(point, out));
-    EXPECT_TRUE(samePath({out}, {{1, 1}}));
+    EXPECT_TRUE(!point.intersectLine(north, out) && !north.intersectSegment(point, out) &&
+                samePath({out}, {{1, 1}}));
 
     EXPECT_TRUE(samePath({north.normal()}, {{1, 0}}));
     EXPECT_EQ((std::vector<float>{north.signedLineDistance({3, 50}, {0, 1}),
@@ -193,7 +189,6 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
                                 TSegment(10, 0, 10, 5).positionOf({10, 6})}),
               (std::vector<int>{-1, 0, 0, 1}));
 
-    TSegment const east(0, 0, 10, 0);
     EXPECT_TRUE(samePath({east.closestPoint({15, 3}), east.closestOnRay({15, 3}, true),
                           east.closestOnRay({15, 3}, false), east.closestOnRay({-5, 3}, false),
                           east.closestOnRay({-5, 3}, true)},
@@ -203,9 +198,7 @@ TEST(Segment, PointsAgainstTheLineAndZeroLengthSegments) {
     float x = 99;
     EXPECT_TRUE(!east.xAtY(0, x) && !TSegment(0, 0, 10, 20).xAtY(21, x) && x == 99.0f);
     EXPECT_TRUE(TSegment(0, 0, 10, 20).xAtY(10, x) && x == 5.0f);
-}
 
-TEST(Segment, CrossingsAreHalfOpen) {
     // Each crossing lies at (5, 0); t and s come out as 0.5, 0 or 1 exactly. After the plain
     // crossing: the other's end on this one, the other's start on this one, this one's end on the
     // other, this one's start on the other; then parallel segments and an infinite end.
@@ -215,18 +208,17 @@ TEST(Segment, CrossingsAreHalfOpen) {
         {{5, 0, 10, 0}, {5, -5, 5, 5}, true},        {{0, 0, 10, 0}, {0, 1, 10, 1}, false},
         {{0, 0, 10, 0}, {6, -5, 6, INFINITY}, false}};
     for (auto const& [self, other, crosses] : cases) {
-        LocalPoint out{-1, -1};
+        out = {-1, -1};
         EXPECT_EQ(self.intersectSegment(other, out), crosses)
             << self.start().x << " " << other.start().y << " " << other.end().y;
         EXPECT_TRUE(!crosses || samePath({out}, {{5, 0}}));
     }
 
     // Parallel lines leave `out` alone; a crossing outside this segment is written anyway.
-    LocalPoint out{-1, -1};
-    EXPECT_TRUE(!TSegment(0, 0, 10, 0).intersectLine({0, 1, 10, 1}, out) && out.x == -1.0f);
-    EXPECT_FALSE(TSegment(0, 0, 10, 0).intersectLineOnThis({20, -5, 20, 5}, out));
-    EXPECT_TRUE(samePath({out}, {{20, 0}}));
-    EXPECT_TRUE(TSegment(0, 0, 10, 0).intersectLine({20, -5, 20, 5}, out));
+    out = {-1, -1};
+    EXPECT_TRUE(!east.intersectLine({0, 1, 10, 1}, out) && out.x == -1.0f);
+    EXPECT_TRUE(!east.intersectLineOnThis({20, -5, 20, 5}, out) && samePath({out}, {{20, 0}}) &&
+                east.intersectLine({20, -5, 20, 5}, out));
 }
 
 TEST(Segment, TracksWithBothSignConventions) {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <random>
 
 namespace {
@@ -31,7 +30,7 @@ struct Literal {
 
     bool removeLoops() {
         bool cutAny = false;
-        for (int i = 1; i < size(); ++i) {
+        for (int i = 1; i < size(); ++i)
             for (int j = i - 2, c = 2; j > 1; --j, ++c) {
                 LocalPoint crossing;
                 if (c < size() / 2 && TSegment(result[i - 1], result[i])
@@ -42,15 +41,14 @@ struct Literal {
                     break;
                 }
             }
-        }
         return cutAny;
     }
 
     bool gentle(LocalPoint p) const {
         if (previous.x == 0.0f || current.x == 0.0f)
             return true;
-        double turn = static_cast<double>(TSegment(current, p).heading()) -
-                      static_cast<double>(TSegment(previous, current).heading());
+        double turn =
+            double(TSegment(current, p).heading()) - TSegment(previous, current).heading();
         turn += turn > 180.0 ? -360.0 : turn < -180.0 ? 360.0 : 0.0;
         return turn >= -90.0 && turn <= 90.0;
     }
@@ -154,13 +152,6 @@ Path wanderingCurve(std::mt19937& random, int size) {
     return curve;
 }
 
-TLockGuideCurve cleanerOf(Path const& curve, float distance) {
-    TLockGuideCurve cleaner(nullptr, distance);
-    for (LocalPoint const p : curve)
-        cleaner.add(p.x, p.y);
-    return cleaner;
-}
-
 // A step of the cleaner by number, on the library's or on the literal one: cutBack at `index`,
 // removeLoops (its result), removeSharpTurns, removeSpikes.
 template <typename Cleaner> int cleanUp(Cleaner& cleaner, int step, int index = 0) {
@@ -178,23 +169,24 @@ TEST(Cleanups_equivalence, eachStepGivesTheLiteralProceduresPoints) {
     std::mt19937 random(20261123);
     std::uniform_real_distribution<float> distance(-40.0f, 40.0f);
     int cuts = 0;
+    auto const bytes = [](Path const& path) {
+        return std::string(reinterpret_cast<char const*>(path.data()),
+                           path.size() * sizeof(LocalPoint));
+    };
     for (int round = 0; round < 4000; ++round) {
         SCOPED_TRACE(round);
-        Path const curve =
-            wanderingCurve(random, std::uniform_int_distribution<int>(2, 240)(random));
-        Literal literal{curve, distance(random)};
-        TLockGuideCurve fast = cleanerOf(curve, literal.distance);
+        Literal literal{wanderingCurve(random, std::uniform_int_distribution<int>(2, 240)(random)),
+                        distance(random)};
+        TLockGuideCurve fast(nullptr, literal.distance);
+        for (LocalPoint const p : literal.result)
+            fast.add(p.x, p.y);
         // cutBack alone at any index, on the raw curve, then the clean-ups in their order; each
         // must leave the same bits (a -0 or another not-a-number counts as a difference).
         int const index = std::uniform_int_distribution<int>(-1, literal.size())(random);
         for (int step = 0; step < 4; ++step) {
             int const expected = cleanUp(literal, step, index);
             ASSERT_EQ(cleanUp(fast, step, index), expected) << "step " << step;
-            Path const result = fast.result();
-            ASSERT_TRUE(result.size() == literal.result.size() &&
-                        (result.empty() || std::memcmp(result.data(), literal.result.data(),
-                                                       result.size() * sizeof(LocalPoint)) == 0))
-                << "step " << step;
+            ASSERT_EQ(bytes(fast.result()), bytes(literal.result)) << "step " << step;
             cuts += step == 1 && expected;
         }
     }

@@ -11,14 +11,11 @@
 #include "polygons/point_compare.h"
 
 #include <algorithm>
-#include <functional>
-#include <tuple>
 
 namespace {
 
 // Counter-clockwise with y up, 4 by 4, and a hole in it.
-Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
-Path const clockwiseSquare{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
+Path const square{{0, 0}, {4, 0}, {4, 4}, {0, 4}}, clockwiseSquare{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
 Path const hole{{1, 1}, {1, 2}, {2, 2}, {2, 1}};
 
 bool contains(Path const& path, LocalPoint point) {
@@ -73,13 +70,13 @@ TEST(PlaneGeometry, DirectionsCrossingsAndNearestPoints) {
 
 TEST(PlaneGeometry, MeasuresOfPathsAndRings) {
     // Only rings have the closing segment; one point is a ring but no open path.
-    EXPECT_EQ(distanceToPath({1, 2}, square, false), 2.0);
-    EXPECT_EQ(distanceToPath({1, 2}, square, true), 1.0);
-    EXPECT_EQ(distanceToPath({1, 2}, {}, true), noDistance);
-    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, false), noDistance);
-    EXPECT_EQ(distanceToPath({0, 0}, {{3, 4}}, true), 5.0);
     // A segment without a number does not hide the others.
-    EXPECT_EQ(distanceToPath({3, 2}, {{notANumber, 0}, {0, 0}, {0, 4}}, false), 3.0);
+    EXPECT_EQ((std::vector<double>{
+                  distanceToPath({1, 2}, square, false), distanceToPath({1, 2}, square, true),
+                  distanceToPath({1, 2}, {}, true), distanceToPath({0, 0}, {{3, 4}}, false),
+                  distanceToPath({0, 0}, {{3, 4}}, true),
+                  distanceToPath({3, 2}, {{notANumber, 0}, {0, 0}, {0, 4}}, false)}),
+              (std::vector<double>{2, 1, noDistance, noDistance, 5, 3}));
 
     EXPECT_EQ((std::vector<float>{signedArea(square), signedArea(clockwiseSquare), signedArea({}),
                                   totalSignedArea({square, hole}), totalSignedArea({})}),
@@ -116,13 +113,11 @@ TEST(PlaneGeometry, ResamplingAndSimplification) {
     EXPECT_TRUE(samePath(resamplePath({{0, 0}, {notANumber, 0}}, 1), {{0, 0}, {notANumber, 0}}));
     EXPECT_TRUE(resamplePath({}, 1).empty());
 
-    // Only points strictly beyond the tolerance stay.
-    Path const bump{{0, 0}, {1, 1}, {2, 0}};
+    // Only points strictly beyond the tolerance stay. Of the plateau's two points at distance 1
+    // from the chord the earlier wins, and the later then lies 2 / sqrt(10) from its new chord.
+    Path const bump{{0, 0}, {1, 1}, {2, 0}}, plateau{{0, 0}, {1, 1}, {3, 1}, {4, 0}};
     EXPECT_TRUE(samePath(simplifyPath(bump, false, 1.0f), {{0, 0}, {2, 0}}));
     EXPECT_TRUE(samePath(simplifyPath(bump, false, std::nextafter(1.0f, 0.0f)), bump));
-    // Two points at distance 1 from the chord: the earlier wins, and the later then lies
-    // 2 / sqrt(10) from its new chord.
-    Path const plateau{{0, 0}, {1, 1}, {3, 1}, {4, 0}};
     EXPECT_EQ(simplifyPathIndices(plateau, false, 0.7f), (std::vector<int>{0, 1, 3}));
     // A ring is split at its point farthest from point 0; collinear points go.
     Path const ring{{0, 0}, {2, 0}, {4, 0}, {4, 4}, {0, 4}};
@@ -138,11 +133,10 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     // triangles of angle pi/32, so the area is 16 + 4 * 4 + 32 sin(pi/32). Inward by 1 the corners
     // meet at the square from 1 to 3. The points truncated onto the 0.1 mm grid can lose or gain
     // 1e-4 per unit of the perimeter.
-    PathList const grown = offsetAndUnite(square, -1.0f, 0.1f);
-    ASSERT_EQ(grown.size(), 1u);
+    PathList const grown = offsetAndUnite(square, -1.0f, 0.1f),
+                   shrunk = offsetAndUnite(square, 1.0f, 0.1f);
+    ASSERT_TRUE(grown.size() == 1 && shrunk.size() == 1);
     EXPECT_NEAR(signedArea(grown[0]), 32.0 + 32.0 * std::sin(M_PI / 32.0), (16 + 2 * M_PI) * 1e-4);
-    PathList const shrunk = offsetAndUnite(square, 1.0f, 0.1f);
-    ASSERT_EQ(shrunk.size(), 1u);
     EXPECT_NEAR(signedArea(shrunk[0]), 4.0, 8 * 1e-4);
 
     // Inward, each corner gives the two moved points and the unmoved corner, indexed after what
@@ -168,7 +162,7 @@ TEST(OffsetRing, RoundOuterCornersRawInnerCornersAndBoundedJoins) {
     EXPECT_TRUE(offsetRing({}, nullptr, 1.0f, 0.1f).empty());
 }
 
-TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
+TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslandsBadPointsAndSpikesFail) {
     // The crossing at (1, 1) splits it into a counter-clockwise lobe of area 1 on the left and a
     // clockwise one on the right, which the positive fill drops.
     PathList const eight = clipPaths({{{0, 0}, {2, 2}, {2, 0}, {0, 2}}}, true, {},
@@ -177,20 +171,17 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
     EXPECT_EQ(signedArea(eight[0]), 1.0f);
 
     // An island of 4 in a hole of 36 in a ring of 100, and a ring of 9 apart.
-    Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-    Path const hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
-    Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}};
-    Path const apart{{20, 0}, {23, 0}, {23, 3}, {20, 3}};
+    Path const outer{{0, 0}, {10, 0}, {10, 10}, {0, 10}}, hole{{2, 2}, {2, 8}, {8, 8}, {8, 2}};
+    Path const island{{4, 4}, {6, 4}, {6, 6}, {4, 6}}, apart{{20, 0}, {23, 0}, {23, 3}, {20, 3}};
     std::vector<int> groups{9, 9, 9, 9, 9, 9};
     PathList const rings =
         clipPaths({apart, island, outer, hole}, true, {}, ClipperLib::ctUnion, &groups, false);
     ASSERT_TRUE(rings.size() == 4 && groups.size() == 4);
     // Each ring after the ring that holds it, and in that ring's group.
-    std::vector<float> areas;
-    for (Path const& ring : rings)
-        areas.push_back(signedArea(ring));
     auto const at = [&](float area) {
-        return std::find(areas.begin(), areas.end(), area) - areas.begin();
+        return std::find_if(rings.begin(), rings.end(),
+                            [&](Path const& ring) { return signedArea(ring) == area; }) -
+               rings.begin();
     };
     EXPECT_TRUE(at(100) < at(-36) && at(-36) < at(4));
     EXPECT_EQ((std::vector<int>{groups[at(-36)], groups[at(4)]}),
@@ -205,9 +196,7 @@ TEST(ClipPaths, UnionCleansAFigureEightAndOwnsHolesAndIslands) {
                 .empty());
         EXPECT_EQ(untouched, std::vector<int>{5});
     }
-}
 
-TEST(ClipPaths, OpenPathsWithASpikeFail) {
     // ClipperLib follows the horizontal spike from (2, 0) back to (0.1, 0) through a null
     // iterator when strictly simple, and leaves the horizontal edge after the spike to (0.7, 5.6)
     // among the crossing edges, with a slope of -1e40.
@@ -225,11 +214,11 @@ TEST(ClipPaths, OpenPathsWithASpikeFail) {
     }
 }
 
-TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
+TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignRunBackwardsAndHookWithoutOffset) {
     Path const straight{{0, 0}, {50, 0}};
     // East, a left U-turn narrower than twice the distance, then a right bend.
     Path const bent{{0, 0}, {20, 0}, {20, 3}, {5, 3}, {5, 20}};
-    for (float distance : {2.0f, -2.0f}) {
+    for (float distance : {2.0f, -2.0f})
         for (Path const& source : {straight, bent}) {
             SCOPED_TRACE(distance);
             PathList const lines = parallelPath(source, 0.0f, distance, 0.5f);
@@ -238,17 +227,14 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
             EXPECT_LT(distanceToPath(lines[0].front(), {source.back()}, true),
                       distanceToPath(lines[0].front(), {source.front()}, true));
         }
-    }
 
     // In from the south-west, once round a circle of radius 10 counter-clockwise, out to the
     // south-east: the band of width 4 round the path leaves a hole inside the circle, bounded by
     // the left side only.
     Path loop{{-20, -20}};
-    for (int degrees = -90; degrees <= 270; degrees += 10) {
-        double const angle = degrees * M_PI / 180.0;
-        loop.push_back(
-            {static_cast<float>(10 * std::cos(angle)), static_cast<float>(10 * std::sin(angle))});
-    }
+    for (int degrees = -90; degrees <= 270; degrees += 10)
+        loop.push_back({static_cast<float>(10 * std::cos(degrees * M_PI / 180.0)),
+                        static_cast<float>(10 * std::sin(degrees * M_PI / 180.0))});
     loop.push_back({20, -20});
     auto const isClosed = [](Path const& line) {
         return line.size() > 2 && line.front().x == line.back().x &&
@@ -260,15 +246,15 @@ TEST(ParallelPath, LinesLieAtTheDistanceOnTheSideOfTheSignAndRunBackwards) {
     expectBeside(*closed, loop, 2.0f, lineTolerance);
     PathList const right = parallelPath(loop, 0.0f, -2.0f, 0.5f);
     EXPECT_TRUE(std::none_of(right.begin(), right.end(), isClosed));
-    EXPECT_EQ(std::count_if(right.begin(), right.end(), std::mem_fn(&Path::empty)), 1);
-}
+    EXPECT_EQ(
+        std::count_if(right.begin(), right.end(), [](Path const& line) { return line.empty(); }),
+        1);
 
-TEST(ParallelPath, NoOffsetGivesTheHookedPathAndTheGuardsNothing) {
+    // Without an offset the path comes back hooked; the guards give nothing.
     // The hooks end 0.1 beyond the ends and 1e-4 to the right of the way out of the path, which
     // leaves both points of the path within 0.02 of the chord between them. Resampled into
     // pieces of at most 5 as the rule has it: t b + (1 - t) a, t = i / 3.
-    LocalPoint const a{0.0f - 0.1f, 1e-4f};
-    LocalPoint const b{10.0f + 0.1f, -1e-4f};
+    LocalPoint const a{0.0f - 0.1f, 1e-4f}, b{10.0f + 0.1f, -1e-4f};
     Path hooked{a};
     for (float t : {1.0f / 3.0f, 2.0f / 3.0f, 1.0f})
         hooked.push_back({t * b.x + (1.0f - t) * a.x, t * b.y + (1.0f - t) * a.y});
