@@ -3,6 +3,7 @@
 #include <QDataStream>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
@@ -18,9 +19,10 @@ extern char** environ;
 
 namespace test_support {
 
-ScratchDir::ScratchDir()
-    : path_(QDir::tempPath() + "/tdm-test-" + QUuid::createUuid().toString(QUuid::Id128)) {
-    make_dirs(path_);
+ScratchDir::ScratchDir() {
+    QTemporaryDir dir(QDir::tempPath() + "/tdm-test-XXXXXX");
+    dir.setAutoRemove(false);
+    path_ = dir.path();
 }
 
 ScratchDir::~ScratchDir() {
